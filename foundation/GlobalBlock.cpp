@@ -1,0 +1,3 @@
+#include "GlobalBlock.h"
+
+GlobalBlock Global;

@@ -1,0 +1,31 @@
+#include "ValueTypes.h"
+
+#include <cmath>
+
+QString Currency::ToText() const
+{
+    const qint64 whole = TenThousandths / 10000;
+    qint64 fraction = std::llabs(TenThousandths % 10000);
+    QString text = (TenThousandths < 0 && whole == 0 ? QStringLiteral("-") : QString()) + QString::number(whole);
+    if (fraction == 0)
+        return text;
+    QString digits = QStringLiteral("%1").arg(fraction, 4, 10, QChar(u'0'));
+    while (digits.endsWith(u'0'))
+        digits.chop(1);
+    return text + u'.' + digits;
+}
+
+bool Currency::FromText(const QString &text, Currency &out)
+{
+    bool ok = false;
+    const double value = text.trimmed().toDouble(&ok);
+    if (!ok || !std::isfinite(value) || std::fabs(value) > 922337203685477.0)
+        return false;
+    out = FromDouble(value);
+    return true;
+}
+
+QDateTime ZeroDate()
+{
+    return QDateTime(QDate(1899, 12, 30), QTime(0, 0));
+}

@@ -1,0 +1,471 @@
+#include "clsXML.h"
+#include "Crypt.h"
+#include "GlobalBlock.h"
+#include "Startup.h"
+#include "WideText.h"
+
+#include <QFile>
+#include <QSaveFile>
+#include <QTextStream>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+// Lower-cases character by character so that positions in the copy are the
+// positions in the original.
+QString LowerSameLength(const QString &text)
+{
+    QString lower(text.size(), Qt::Uninitialized);
+    QChar *out = lower.data();
+    for (QChar c : text)
+        *out++ = c.toLower();
+    return lower;
+}
+
+QString DecodeEntities(QString value)
+{
+    value.replace(QStringLiteral("&apos;"), QStringLiteral("'"));
+    value.replace(QStringLiteral("&quot;"), QStringLiteral("\""));
+    value.replace(QStringLiteral("&lt;"), QStringLiteral("<"));
+    value.replace(QStringLiteral("&gt;"), QStringLiteral(">"));
+    value.replace(QStringLiteral("&amp;"), QStringLiteral("&"));
+    return value;
+}
+
+QString DecodeControlCodes(QString value, bool withSubstitute)
+{
+    value.replace(QStringLiteral("#xD;"), QStringLiteral("\r"));
+    value.replace(QStringLiteral("#xA;"), QStringLiteral("\n"));
+    value.replace(QStringLiteral("#x9;"), QStringLiteral("\t"));
+    if (withSubstitute)
+        value.replace(QStringLiteral("#1A;"), QString(QChar(26)));
+    return value;
+}
+
+QString DecodeString(const QString &raw)
+{
+    QString value = UnpackWideText(raw);
+    if (value.contains(u'&'))
+        value = DecodeEntities(value);
+    if (value.contains(u'#'))
+        value = DecodeControlCodes(value, true);
+    return value;
+}
+
+QString EncodeString(const QString &value)
+{
+    QString text;
+    text.reserve(value.size() + 16);
+    for (QChar c : value) {
+        switch (c.unicode()) {
+        case '&': text += QStringLiteral("&amp;"); break;
+        case '\'': text += QStringLiteral("&apos;"); break;
+        case '"': text += QStringLiteral("&quot;"); break;
+        case '<': text += QStringLiteral("&lt;"); break;
+        case '>': text += QStringLiteral("&gt;"); break;
+        case '\t': text += QStringLiteral("#x9;"); break;
+        case '\r': text += QStringLiteral("#xD;"); break;
+        case '\n': text += QStringLiteral("#xA;"); break;
+        case 26: text += QStringLiteral("#1A;"); break;
+        default: text += c;
+        }
+    }
+    return PackWideText(text);
+}
+
+// Text to a whole number of the given range: integers as they are, decimals
+// rounded half to even; anything else, or out of range, fails.
+template <typename Int> bool ParseWhole(const QString &text, Int &out)
+{
+    const QString t = text.trimmed();
+    bool ok = false;
+    qlonglong whole = t.toLongLong(&ok);
+    if (!ok) {
+        const double value = std::nearbyint(t.toDouble(&ok));
+        if (!ok || !(std::fabs(value) < 9.2e18))
+            return false;
+        whole = qlonglong(value);
+    }
+    if (whole < std::numeric_limits<Int>::min() || whole > std::numeric_limits<Int>::max())
+        return false;
+    out = Int(whole);
+    return true;
+}
+
+bool ParseDate(const QString &text, QDate &date)
+{
+    for (const char *format : {"yyyy-M-d", "yyyy/M/d", "yyyy-MM-ddTHH:mm:ss"}) {
+        date = QDate::fromString(text, QString::fromLatin1(format));
+        if (date.isValid())
+            return true;
+    }
+    return false;
+}
+
+bool ParseTime(const QString &text, QTime &time)
+{
+    for (const char *format : {"H:m:s", "H:m", "h:m:s AP", "h:m AP", "H:m:s.z"}) {
+        time = QTime::fromString(text, QString::fromLatin1(format));
+        if (time.isValid())
+            return true;
+    }
+    return false;
+}
+
+// A date, or a date and a time separated by the first blank; the zero date
+// for anything unreadable.
+QDateTime ParseDateTime(const QString &value)
+{
+    const QString text = value.trimmed();
+    const qsizetype blank = text.indexOf(u' ');
+    QDate date;
+    if (!ParseDate(blank < 0 ? text : text.left(blank), date))
+        return ZeroDate();
+    QTime time(0, 0);
+    if (blank >= 0 && !ParseTime(text.mid(blank + 1).trimmed(), time))
+        return ZeroDate();
+    return QDateTime(date, time);
+}
+
+bool ParseBool(const QString &text)
+{
+    const QString t = text.trimmed();
+    if (t.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0)
+        return true;
+    bool ok = false;
+    const double number = t.toDouble(&ok);
+    return ok && number != 0;
+}
+
+template <typename Number> QString NumberText(Number value)
+{
+    return QString::number(value, 'g', std::numeric_limits<Number>::max_digits10);
+}
+
+} // namespace
+
+void clsXML::setXML(const QString &value)
+{
+    try {
+        if (value.isEmpty()) {
+            m_xml.clear();
+        } else {
+            QString cleaned = value;
+            cleaned.remove(u'\t');
+            cleaned.remove(u'\n');
+            qsizetype start = 0;
+            qsizetype end = cleaned.size();
+            while (start < end && cleaned.at(start) == u' ')
+                ++start;
+            while (end > start && cleaned.at(end - 1) == u' ')
+                --end;
+            m_xml = cleaned.mid(start, end - start);
+        }
+    } catch (const std::exception &error) {
+        m_xml.clear();
+        LogError(QStringLiteral("XML.Let"), error);
+    }
+    m_cursor = 1;
+    m_lowered = false;
+    m_lower.clear();
+    m_stop = 0;
+    m_depth = 0;
+}
+
+void clsXML::setExtractUntil(const QString &Tag)
+{
+    m_until = Tag.isEmpty() ? QString() : u'<' + LowerSameLength(Tag) + u'>';
+    m_stop = 0;
+}
+
+bool clsXML::Locate(const QString &Tag, QString &value)
+{
+    try {
+        if (!m_lowered) {
+            m_lower = LowerSameLength(m_xml);
+            m_lowered = true;
+        }
+        if (!m_until.isEmpty() && m_stop == 0) {
+            m_stop = m_lower.indexOf(m_until) + 1;
+            if (m_stop == 0)
+                m_until.clear();
+        }
+        if (m_cursor >= m_lower.size())
+            return false;
+        const QString tag = LowerSameLength(Tag);
+        const qsizetype p = m_lower.indexOf(u'<' + tag + u'>', m_cursor - 1) + 1;
+        if (p == 0 || (m_stop >= 1 && p > m_stop))
+            return false;
+        const qsizetype q = m_lower.indexOf(QStringLiteral("</") + tag + u'>', p) + 1;
+        if (q == 0)
+            return false;
+        const qsizetype start = p + tag.size() + 2;
+        value = m_xml.mid(start - 1, q - start);
+        m_cursor = q + tag.size() + 3;
+        return true;
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("XML.Extract"), error);
+        return false;
+    }
+}
+
+bool clsXML::Extract(QString &Target, const QString &Tag, bool Raw, bool Encrypted)
+{
+    QString value;
+    if (!Locate(Tag, value)) {
+        Target.clear();
+        return false;
+    }
+    if (Encrypted && value.startsWith(QStringLiteral("enc:")))
+        Target = DecryptText(value.mid(4));
+    else if (Raw)
+        Target = value;
+    else
+        Target = DecodeString(value);
+    return true;
+}
+
+bool clsXML::Extract(bool &Target, const QString &Tag)
+{
+    QString value;
+    const bool found = Locate(Tag, value);
+    Target = found && ParseBool(value);
+    return found;
+}
+
+template <typename Int> bool clsXML::ExtractWhole(Int &Target, const QString &Tag)
+{
+    QString value;
+    Target = 0;
+    if (!Locate(Tag, value))
+        return false;
+    if (!ParseWhole(value, Target))
+        Target = 0;
+    return true;
+}
+
+bool clsXML::Extract(qint16 &Target, const QString &Tag)
+{
+    return ExtractWhole(Target, Tag);
+}
+
+bool clsXML::Extract(qint32 &Target, const QString &Tag)
+{
+    return ExtractWhole(Target, Tag);
+}
+
+bool clsXML::Extract(qint64 &Target, const QString &Tag)
+{
+    return ExtractWhole(Target, Tag);
+}
+
+bool clsXML::Extract(float &Target, const QString &Tag)
+{
+    double value = 0;
+    const bool found = Extract(value, Tag);
+    Target = std::fabs(value) <= std::numeric_limits<float>::max() ? float(value) : 0.0f;
+    return found;
+}
+
+bool clsXML::Extract(double &Target, const QString &Tag)
+{
+    QString value;
+    Target = 0;
+    if (!Locate(Tag, value))
+        return false;
+    bool ok = false;
+    const double number = value.trimmed().toDouble(&ok);
+    Target = ok && std::isfinite(number) ? number : 0;
+    return true;
+}
+
+bool clsXML::Extract(Currency &Target, const QString &Tag)
+{
+    QString value;
+    Target = Currency{};
+    if (!Locate(Tag, value))
+        return false;
+    if (!Currency::FromText(value, Target))
+        Target = Currency{};
+    return true;
+}
+
+bool clsXML::Extract(QDateTime &Target, const QString &Tag)
+{
+    QString value;
+    if (!Locate(Tag, value)) {
+        Target = ZeroDate();
+        return false;
+    }
+    Target = ParseDateTime(value);
+    return true;
+}
+
+bool clsXML::Extract(QVariant &Target, const QString &Tag)
+{
+    QString value;
+    if (!Locate(Tag, value)) {
+        Target = QVariant();
+        return false;
+    }
+    Target = DecodeControlCodes(DecodeEntities(value), false);
+    return true;
+}
+
+void clsXML::WriteElement(const QString &Tag, const QString &value)
+{
+    m_writer.Append(Indent());
+    m_writer.Append(u'<' + Tag + u'>');
+    m_writer.Append(value);
+    m_writer.Append(QStringLiteral("</") + Tag + QStringLiteral(">\n"));
+}
+
+void clsXML::Append(const QString &Value, const QString &Tag)
+{
+    if (!Value.isEmpty())
+        WriteElement(Tag, EncodeString(Value));
+}
+
+void clsXML::Append(bool Value, const QString &Tag)
+{
+    if (Value)
+        WriteElement(Tag, QStringLiteral("-1"));
+}
+
+void clsXML::Append(qint16 Value, const QString &Tag)
+{
+    Append(qint64(Value), Tag);
+}
+
+void clsXML::Append(qint32 Value, const QString &Tag)
+{
+    Append(qint64(Value), Tag);
+}
+
+void clsXML::Append(qint64 Value, const QString &Tag)
+{
+    if (Value != 0)
+        WriteElement(Tag, QString::number(Value));
+}
+
+void clsXML::Append(float Value, const QString &Tag)
+{
+    WriteElement(Tag, NumberText(Value));
+}
+
+void clsXML::Append(double Value, const QString &Tag)
+{
+    WriteElement(Tag, NumberText(Value));
+}
+
+void clsXML::Append(Currency Value, const QString &Tag)
+{
+    if (!Value.IsZero())
+        WriteElement(Tag, Value.ToText());
+}
+
+void clsXML::Append(const QDateTime &Value, const QString &Tag)
+{
+    const QDateTime date = Value.isValid() ? Value : ZeroDate();
+    WriteElement(Tag, date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+}
+
+void clsXML::Append(const QVariant &Value, const QString &Tag)
+{
+    switch (Value.typeId()) {
+    case QMetaType::QString: Append(Value.toString(), Tag); break;
+    case QMetaType::Bool: Append(Value.toBool(), Tag); break;
+    case QMetaType::Short: Append(qint16(Value.toInt()), Tag); break;
+    case QMetaType::Int: Append(qint32(Value.toInt()), Tag); break;
+    case QMetaType::LongLong: Append(qint64(Value.toLongLong()), Tag); break;
+    case QMetaType::Float: Append(Value.toFloat(), Tag); break;
+    case QMetaType::Double: Append(Value.toDouble(), Tag); break;
+    case QMetaType::QDateTime: Append(Value.toDateTime(), Tag); break;
+    default: WriteElement(Tag, Value.toString());
+    }
+}
+
+void clsXML::AppendPassword(const QString &Value, const QString &Tag)
+{
+    if (!Value.isEmpty())
+        WriteElement(Tag, QStringLiteral("enc:") + EncryptText(Value));
+}
+
+void clsXML::AppendXML(const QString &Fragment, const QString &Section)
+{
+    if (Fragment.isEmpty())
+        return;
+    if (!Section.isEmpty())
+        XMLSectionStart(Section);
+    const QString indent = Indent();
+    for (QStringView line : QStringView(Fragment).split(u'\n')) {
+        qsizetype start = 0;
+        qsizetype end = line.size();
+        while (start < end && line.at(start) == u' ')
+            ++start;
+        while (end > start && line.at(end - 1) == u' ')
+            --end;
+        if (start == end)
+            continue;
+        m_writer.Append(indent);
+        m_writer.Append(line.mid(start, end - start));
+        m_writer.Append(u"\n");
+    }
+    if (!Section.isEmpty())
+        XMLSectionEnd(Section);
+}
+
+void clsXML::XMLAddHeader()
+{
+    m_writer.Append(u"<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n");
+}
+
+void clsXML::XMLSectionStart(const QString &Tag)
+{
+    m_writer.Append(Indent() + u'<' + Tag + QStringLiteral(">\n"));
+    ++m_depth;
+}
+
+void clsXML::XMLSectionEnd(const QString &Tag)
+{
+    if (m_depth > 0)
+        --m_depth;
+    m_writer.Append(Indent() + QStringLiteral("</") + Tag + QStringLiteral(">\n"));
+}
+
+bool clsXML::XMLReadFile(const QString &FileName)
+{
+    try {
+        QFile file(Global.DataPath + FileName);
+        if (!file.exists() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
+            return false;
+        QTextStream stream(&file);
+        clsConcat text;
+        QString line;
+        while (stream.readLineInto(&line))
+            text.Append(line);
+        setXML(text.Text());
+        return !m_xml.isEmpty();
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("XMLReadFile"), error);
+        return false;
+    }
+}
+
+// The file is replaced as a whole through a temporary file, so that a crash
+// while writing leaves the old file in place.
+bool clsXML::XMLWriteFile(const QString &FileName)
+{
+    try {
+        QSaveFile file(Global.DataPath + FileName);
+        if (!file.open(QIODevice::WriteOnly))
+            return false;
+        file.write(GetXML().toUtf8());
+        file.write("\r\n");
+        return file.commit();
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("XMLWriteFile"), error);
+        return false;
+    }
+}
