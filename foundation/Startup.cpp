@@ -14,11 +14,14 @@
 
 namespace {
 
+void PrintError(const QString &title, const QString &text)
+{
+    std::fprintf(stderr, "%s: %s\n", qPrintable(title), qPrintable(QString(text).replace(u'\n', u' ')));
+}
+
 ErrorSink &Sink()
 {
-    static ErrorSink sink = [](const QString &title, const QString &text) {
-        std::fprintf(stderr, "%s: %s\n", qPrintable(title), qPrintable(QString(text).replace(u'\n', u' ')));
-    };
+    static ErrorSink sink = PrintError;
     return sink;
 }
 
@@ -53,7 +56,7 @@ ProgramKind KindFromExecutable(const QString &name, const QString &product)
 
 void SetErrorSink(ErrorSink sink)
 {
-    Sink() = std::move(sink);
+    Sink() = sink ? std::move(sink) : ErrorSink(PrintError);
 }
 
 QString LogError(const QString &Routine, const QString &Text, int Number)

@@ -6,7 +6,7 @@
 
 // Where LogError's message goes: the console shows a box, the server writes
 // its log. The title is AppTitle, the text "System Error", two line ends and
-// the message.
+// the message. An empty sink restores the default, which prints to stderr.
 using ErrorSink = std::function<void(const QString &title, const QString &text)>;
 void SetErrorSink(ErrorSink sink);
 

@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QSaveFile>
 #include <QTextStream>
+#include <QVarLengthArray>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -14,13 +16,35 @@ namespace {
 
 // Lower-cases character by character so that positions in the copy are the
 // positions in the original.
-QString LowerSameLength(const QString &text)
+QChar LowerChar(QChar c)
+{
+    const char16_t u = c.unicode();
+    if (u < 128)
+        return QChar(u >= 'A' && u <= 'Z' ? char16_t(u + 32) : u);
+    return c.toLower();
+}
+
+QString LowerSameLength(QStringView text)
 {
     QString lower(text.size(), Qt::Uninitialized);
-    QChar *out = lower.data();
-    for (QChar c : text)
-        *out++ = c.toLower();
+    std::transform(text.begin(), text.end(), lower.data(), LowerChar);
     return lower;
+}
+
+// The text without TAB and LF, trimmed of blanks at both ends, in one pass.
+QString CleanText(const QString &value)
+{
+    QString cleaned(value.size(), Qt::Uninitialized);
+    QChar *end = std::copy_if(value.begin(), value.end(), cleaned.data(),
+                              [](QChar c) { return c != u'\t' && c != u'\n'; });
+    QStringView view(cleaned.constData(), end - cleaned.constData());
+    qsizetype first = 0;
+    qsizetype last = view.size();
+    while (first < last && view[first] == u' ')
+        ++first;
+    while (last > first && view[last - 1] == u' ')
+        --last;
+    return view.mid(first, last - first).toString();
 }
 
 QString DecodeEntities(QString value)
@@ -53,8 +77,20 @@ QString DecodeString(const QString &raw)
     return value;
 }
 
+bool NeedsEscape(QChar c)
+{
+    switch (c.unicode()) {
+    case '&': case '\'': case '"': case '<': case '>': case '\t': case '\r': case '\n': case 26:
+        return true;
+    default:
+        return false;
+    }
+}
+
 QString EncodeString(const QString &value)
 {
+    if (std::none_of(value.begin(), value.end(), NeedsEscape))
+        return PackWideText(value);
     QString text;
     text.reserve(value.size() + 16);
     for (QChar c : value) {
@@ -148,20 +184,7 @@ template <typename Number> QString NumberText(Number value)
 void clsXML::setXML(const QString &value)
 {
     try {
-        if (value.isEmpty()) {
-            m_xml.clear();
-        } else {
-            QString cleaned = value;
-            cleaned.remove(u'\t');
-            cleaned.remove(u'\n');
-            qsizetype start = 0;
-            qsizetype end = cleaned.size();
-            while (start < end && cleaned.at(start) == u' ')
-                ++start;
-            while (end > start && cleaned.at(end - 1) == u' ')
-                --end;
-            m_xml = cleaned.mid(start, end - start);
-        }
+        m_xml = value.isEmpty() ? QString() : CleanText(value);
     } catch (const std::exception &error) {
         m_xml.clear();
         LogError(QStringLiteral("XML.Let"), error);
@@ -193,16 +216,30 @@ bool clsXML::Locate(const QString &Tag, QString &value)
         }
         if (m_cursor >= m_lower.size())
             return false;
-        const QString tag = LowerSameLength(Tag);
-        const qsizetype p = m_lower.indexOf(u'<' + tag + u'>', m_cursor - 1) + 1;
+        // "</tag>" in one buffer; "<tag>" is pieced from it without a copy.
+        QVarLengthArray<QChar, 64> close;
+        close.append(u'<');
+        close.append(u'/');
+        for (QChar c : Tag)
+            close.append(LowerChar(c));
+        close.append(u'>');
+        const qsizetype tagLength = Tag.size();
+        const QStringView closeTag(close.constData(), close.size());
+        QVarLengthArray<QChar, 64> open;
+        open.append(u'<');
+        open.append(close.constData() + 2, tagLength + 1);
+        const QStringView openTag(open.constData(), open.size());
+
+        const QStringView lower(m_lower);
+        const qsizetype p = lower.indexOf(openTag, m_cursor - 1) + 1;
         if (p == 0 || (m_stop >= 1 && p > m_stop))
             return false;
-        const qsizetype q = m_lower.indexOf(QStringLiteral("</") + tag + u'>', p) + 1;
+        const qsizetype q = lower.indexOf(closeTag, p) + 1;
         if (q == 0)
             return false;
-        const qsizetype start = p + tag.size() + 2;
+        const qsizetype start = p + tagLength + 2;
         value = m_xml.mid(start - 1, q - start);
-        m_cursor = q + tag.size() + 3;
+        m_cursor = q + tagLength + 3;
         return true;
     } catch (const std::exception &error) {
         LogError(QStringLiteral("XML.Extract"), error);
@@ -315,10 +352,15 @@ bool clsXML::Extract(QVariant &Target, const QString &Tag)
 
 void clsXML::WriteElement(const QString &Tag, const QString &value)
 {
-    m_writer.Append(Indent());
-    m_writer.Append(u'<' + Tag + u'>');
+    for (qint16 level = 0; level < m_depth; ++level)
+        m_writer.Append(u"\t");
+    m_writer.Append(u"<");
+    m_writer.Append(Tag);
+    m_writer.Append(u">");
     m_writer.Append(value);
-    m_writer.Append(QStringLiteral("</") + Tag + QStringLiteral(">\n"));
+    m_writer.Append(u"</");
+    m_writer.Append(Tag);
+    m_writer.Append(u">\n");
 }
 
 void clsXML::Append(const QString &Value, const QString &Tag)

@@ -1,0 +1,48 @@
+#pragma once
+#include <QDateTime>
+#include <QString>
+#include <QVariant>
+
+// Numbers, dates, sizes and identifiers as the console shows and stores them.
+// All numbers are written in the C locale.
+
+// "512 Bytes" up to 1024, "3 K" below 1048576, then "1.50 Mb".
+QString FormatBytes(qint64 Bytes);
+
+// Seconds as days, hours and minutes: "1 Day 2 Hours 5 Mins". Days and hours
+// appear only when not zero, minutes always ("0 Mins" below a minute); empty
+// for a negative value.
+QString FormatDuration(qint64 Seconds);
+
+// Minutes as "hh:mm" of their magnitude; the caller puts the sign in front.
+QString FormatOffset(int Minutes);
+
+// The marker of no date, 1900-01-01 00:00:00.
+QDateTime NoDate();
+
+// A date (with its time, if any) from a value: a QDate or QDateTime is taken
+// as it is, a text is read in the ISO forms, the RFC 2822 form, the log stamp
+// "yyyy-MM-dd:HH:mm:ss" and "yyyy/M/d" or "M/d/yyyy" with an optional time.
+// A null or unreadable value gives NoDate().
+QDateTime SafeDate(const QVariant &Value);
+
+// A time of day from a value: a QTime or the time of a QDateTime, a text as
+// "H:mm[:ss]", "h:mm[:ss] AP" or any text SafeDate reads. Otherwise midnight.
+QTime SafeTime(const QVariant &Value);
+
+// "yyyyMMdd_HHmmss_XXXX" with four random hexadecimal digits; names
+// temporary files.
+QString UniqueName(const QDateTime &Now = QDateTime::currentDateTime());
+
+// A new GUID as text, "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}", upper case.
+QString GetGUID();
+
+// Identifier of a new account, trigger, field, action or folder: 11 upper-case
+// hexadecimal digits, four random, four for the fraction of the day gone (in
+// 65536ths) and three for the day of the year.
+QString NewUniqueID(const QDateTime &Now = QDateTime::currentDateTime());
+
+// The time-zone names offered by the console: "GMT,Eastern,Central,Mountain,
+// Pacific," then world cities, ending with "UTC". Combos store the position
+// of a name, so the order of this list is fixed.
+QString TimeZoneList();
