@@ -243,3 +243,14 @@ QString SQLChar(int Code, int Dialect)
         return QStringLiteral(" ");
     }
 }
+
+QStringView TrimBlanks(QStringView Text)
+{
+    qsizetype first = 0;
+    qsizetype last = Text.size();
+    while (first < last && Text[first] == u' ')
+        ++first;
+    while (last > first && Text[last - 1] == u' ')
+        --last;
+    return Text.mid(first, last - first);
+}

@@ -17,6 +17,8 @@ QString SafeFileName(const QString &Text);
 // The name between single quotes.
 QString QuoteName(const QString &Name);
 
+// The text without the blanks at both ends; tabs and line ends are kept.
+QStringView TrimBlanks(QStringView Text);
 // The trimmed text without one pair of <>, [], () or {} around it.
 QString StripBrackets(const QString &Text);
 

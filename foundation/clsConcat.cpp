@@ -5,28 +5,21 @@
 
 QString clsConcat::Text() const
 {
-    return m_buffer.left(m_length);
+    return m_buffer;
 }
 
 void clsConcat::setText(const QString &value)
 {
     m_buffer = value;
-    m_length = value.size();
+    m_bufferSize = value.size();
 }
 
 void clsConcat::Append(QStringView Value)
 {
     const qsizetype added = Value.size();
-    if (m_length + added >= m_buffer.size()) {
-        const qsizetype size = m_buffer.size() + std::max<qsizetype>(added, 25000);
-        // The logical size grows by the rule above; the allocation doubles so
-        // that a long run of appends costs linear time.
-        if (m_buffer.capacity() < size)
-            m_buffer.reserve(std::max(size, m_buffer.capacity() * 2));
-        m_buffer.resize(size, u' ');
-    }
-    std::copy(Value.begin(), Value.end(), m_buffer.begin() + m_length);
-    m_length += added;
+    if (m_buffer.size() + added >= m_bufferSize)
+        m_bufferSize += std::max<qsizetype>(added, 25000);
+    m_buffer.append(Value);
 }
 
 void clsConcat::AppendLine(QStringView Value)

@@ -4,15 +4,17 @@
 
 // A growing text buffer. The buffer is extended by max(L, 25000) blanks
 // whenever an append of L characters would reach its end, and never shrunk;
-// appends copy in place.
+// appends copy in place. The blanks are counted, not stored: the text itself
+// grows by doubling, so that the many small writers of nested fragments
+// don't each fill 25000 blanks.
 class clsConcat
 {
 public:
     QString Text() const;
     void setText(const QString &value);
-    int Length() const { return int(m_length); }
+    int Length() const { return int(m_buffer.size()); }
     // Characters the buffer holds, used ones and spare blanks.
-    qsizetype BufferSize() const { return m_buffer.size(); }
+    qsizetype BufferSize() const { return m_bufferSize; }
 
     QString DelimiterField() const { return m_delimiterField; }
     void setDelimiterField(const QString &value) { m_delimiterField = value; }
@@ -34,7 +36,7 @@ private:
     QString Indent() const { return QString(m_indent, u' '); }
 
     QString m_buffer;
-    qsizetype m_length = 0;
+    qsizetype m_bufferSize = 0;
     QString m_delimiterField = QStringLiteral("\t");
     QString m_delimiterLine = QStringLiteral("\r\n");
     qint16 m_indent = 0;

@@ -2,11 +2,13 @@
 #include "Crypt.h"
 #include "GlobalBlock.h"
 #include "Startup.h"
+#include "TextHelpers.h"
 #include "WideText.h"
 
 #include <QFile>
 #include <QSaveFile>
 #include <QTextStream>
+#include <QSet>
 #include <QVarLengthArray>
 #include <algorithm>
 #include <cmath>
@@ -31,20 +33,54 @@ QString LowerSameLength(QStringView text)
     return lower;
 }
 
+// First position at or after from where the lower-case needle, which starts
+// with "<", stands in the text when the text is lower-cased character by
+// character; -1 when absent. Looking for "<" first keeps the cost that of a
+// plain character search, with no lower-case copy of the text.
+qsizetype FindTag(QStringView text, QStringView needle, qsizetype from)
+{
+    const qsizetype last = text.size() - needle.size();
+    for (qsizetype p = text.indexOf(u'<', from); p >= 0 && p <= last; p = text.indexOf(u'<', p + 1)) {
+        qsizetype i = 1;
+        while (i < needle.size() && LowerChar(text[p + i]) == needle[i])
+            ++i;
+        if (i == needle.size())
+            return p;
+    }
+    return -1;
+}
+
+// The lower-case names of the tags that open at positions from..last
+// (0-based) of the text.
+QSet<QString> TagNames(QStringView text, qsizetype from, qsizetype last)
+{
+    QSet<QString> names;
+    QString name;
+    for (qsizetype p = text.indexOf(u'<', from); p >= 0 && p <= last; p = text.indexOf(u'<', p + 1)) {
+        const qsizetype end = text.indexOf(u'>', p + 1);
+        if (end < 0)
+            break;
+        name.resize(end - p - 1);
+        std::transform(text.begin() + p + 1, text.begin() + end, name.begin(), LowerChar);
+        names.insert(name);
+    }
+    return names;
+}
+
+bool IsTabOrLineFeed(QChar c)
+{
+    return c == u'\t' || c == u'\n';
+}
+
 // The text without TAB and LF, trimmed of blanks at both ends, in one pass.
+// A nested fragment read raw is clean already and is shared, not copied.
 QString CleanText(const QString &value)
 {
+    if (value.front() != u' ' && value.back() != u' ' && std::none_of(value.begin(), value.end(), IsTabOrLineFeed))
+        return value;
     QString cleaned(value.size(), Qt::Uninitialized);
-    QChar *end = std::copy_if(value.begin(), value.end(), cleaned.data(),
-                              [](QChar c) { return c != u'\t' && c != u'\n'; });
-    QStringView view(cleaned.constData(), end - cleaned.constData());
-    qsizetype first = 0;
-    qsizetype last = view.size();
-    while (first < last && view[first] == u' ')
-        ++first;
-    while (last > first && view[last - 1] == u' ')
-        --last;
-    return view.mid(first, last - first).toString();
+    QChar *end = std::remove_copy_if(value.begin(), value.end(), cleaned.data(), IsTabOrLineFeed);
+    return TrimBlanks(QStringView(cleaned.constData(), end - cleaned.constData())).toString();
 }
 
 QString DecodeEntities(QString value)
@@ -190,9 +226,8 @@ void clsXML::setXML(const QString &value)
         LogError(QStringLiteral("XML.Let"), error);
     }
     m_cursor = 1;
-    m_lowered = false;
-    m_lower.clear();
     m_stop = 0;
+    m_namesAhead.reset();
     m_depth = 0;
 }
 
@@ -200,21 +235,19 @@ void clsXML::setExtractUntil(const QString &Tag)
 {
     m_until = Tag.isEmpty() ? QString() : u'<' + LowerSameLength(Tag) + u'>';
     m_stop = 0;
+    m_namesAhead.reset();
 }
 
 bool clsXML::Locate(const QString &Tag, QString &value)
 {
     try {
-        if (!m_lowered) {
-            m_lower = LowerSameLength(m_xml);
-            m_lowered = true;
-        }
+        const QStringView text(m_xml);
         if (!m_until.isEmpty() && m_stop == 0) {
-            m_stop = m_lower.indexOf(m_until) + 1;
+            m_stop = FindTag(text, m_until, 0) + 1;
             if (m_stop == 0)
                 m_until.clear();
         }
-        if (m_cursor >= m_lower.size())
+        if (m_cursor >= text.size())
             return false;
         // "</tag>" in one buffer; "<tag>" is pieced from it without a copy.
         QVarLengthArray<QChar, 64> close;
@@ -230,11 +263,20 @@ bool clsXML::Locate(const QString &Tag, QString &value)
         open.append(close.constData() + 2, tagLength + 1);
         const QStringView openTag(open.constData(), open.size());
 
-        const QStringView lower(m_lower);
-        const qsizetype p = lower.indexOf(openTag, m_cursor - 1) + 1;
-        if (p == 0 || (m_stop >= 1 && p > m_stop))
+        // Once a read has missed, the names of the tags still ahead are known,
+        // and an absent tag is answered without scanning the text again.
+        if (m_namesAhead && !m_namesAhead->contains(QString::fromRawData(close.constData() + 2, tagLength)))
             return false;
-        const qsizetype q = lower.indexOf(closeTag, p) + 1;
+        // With a bound, an absent tag is looked for up to the bound only.
+        const QStringView searched =
+            m_stop >= 1 ? text.first(std::min(text.size(), m_stop - 1 + openTag.size())) : text;
+        const qsizetype p = FindTag(searched, openTag, m_cursor - 1) + 1;
+        if (p == 0 || (m_stop >= 1 && p > m_stop)) {
+            if (!m_namesAhead)
+                m_namesAhead = TagNames(text, m_cursor - 1, m_stop >= 1 ? m_stop - 1 : text.size() - 1);
+            return false;
+        }
+        const qsizetype q = FindTag(text, closeTag, p) + 1;
         if (q == 0)
             return false;
         const qsizetype start = p + tagLength + 2;
@@ -441,17 +483,12 @@ void clsXML::AppendXML(const QString &Fragment, const QString &Section)
     if (!Section.isEmpty())
         XMLSectionStart(Section);
     const QString indent = Indent();
-    for (QStringView line : QStringView(Fragment).split(u'\n')) {
-        qsizetype start = 0;
-        qsizetype end = line.size();
-        while (start < end && line.at(start) == u' ')
-            ++start;
-        while (end > start && line.at(end - 1) == u' ')
-            --end;
-        if (start == end)
+    for (QStringView untrimmed : QStringView(Fragment).split(u'\n')) {
+        const QStringView line = TrimBlanks(untrimmed);
+        if (line.isEmpty())
             continue;
         m_writer.Append(indent);
-        m_writer.Append(line.mid(start, end - start));
+        m_writer.Append(line);
         m_writer.Append(u"\n");
     }
     if (!Section.isEmpty())

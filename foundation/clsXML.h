@@ -4,13 +4,16 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QSet>
 #include <QVariant>
+
+#include <optional>
 
 // Reader and writer of the markup fragments that carry all configuration.
 //
-// The reader is a forward-only scanner: it searches a lower-cased copy of the
-// text for the literal open tag "<tag>" from its cursor and then for the next
-// "</tag>". Tags must be read in the order they were written; a tag that is
+// The reader is a forward-only scanner: it searches the text, lower-cased
+// character by character, for the literal open tag "<tag>" from its cursor and
+// then for the next "</tag>". Tags must be read in the order they were written; a tag that is
 // absent resets the target to its empty value and leaves the cursor where it
 // was. There is no tree, no attribute and no depth tracking.
 //
@@ -85,11 +88,12 @@ private:
     QString Indent() const { return QString(m_depth, u'\t'); }
 
     QString m_xml;
-    QString m_lower;
-    bool m_lowered = false;
     qsizetype m_cursor = 1; // 1-based
     QString m_until;        // stored as the open tag "<tag>"
     qsizetype m_stop = 0;   // 1-based position of m_until, 0 while not located
+    // Names of the tags between the cursor of the first missed read and the
+    // bound; the cursor only moves on, so a name not in it is absent.
+    std::optional<QSet<QString>> m_namesAhead;
     clsConcat m_writer;
     qint16 m_depth = 0;
 };
