@@ -1,0 +1,28 @@
+#include "ActionFragment.h"
+
+namespace {
+const QString ConditionTag = QStringLiteral("Condition");
+}
+
+void AppendActionHead(clsXML &Writer, const QString &ClassName, const QString &ID, bool Enabled)
+{
+    Writer.Append(ClassName, QStringLiteral("Class"));
+    Writer.Append(ID, QStringLiteral("ID"));
+    Writer.Append(Enabled, QStringLiteral("Enabled"));
+}
+
+void AppendActionCondition(clsXML &Writer, const QString &Condition)
+{
+    Writer.AppendXML(Condition, ConditionTag);
+}
+
+void BeginActionRead(clsXML &Reader)
+{
+    Reader.setExtractUntil(ConditionTag);
+}
+
+void ExtractActionCondition(clsXML &Reader, QString &Condition)
+{
+    Reader.setExtractUntil(QString());
+    Reader.Extract(Condition, ConditionTag, true);
+}

@@ -1,0 +1,23 @@
+#pragma once
+#include <QString>
+
+// A note in the action list; the server passes over it.
+class clsActionComment
+{
+public:
+    clsActionComment();
+
+    QString ID;
+    bool Enabled = true; // not stored
+    QString Condition;   // not stored
+    QString Comment;
+
+    QString ClassName() const { return QStringLiteral("Comment"); }
+    QString ClassDesc() const { return QStringLiteral("Comment"); }
+    QString ActionDescription() const;
+
+    // Only Class, ID and Comment. Reading leaves Enabled and Condition as a
+    // new comment has them.
+    QString XML() const;
+    void setXML(const QString &Fragment);
+};

@@ -1,0 +1,48 @@
+#include "clsActionScript.h"
+#include "ActionFragment.h"
+#include "foundation/Formatting.h"
+#include "foundation/GlobalBlock.h"
+#include "foundation/Startup.h"
+#include "model/Condition.h"
+
+#include <exception>
+
+clsActionScript::clsActionScript() : ID(NewUniqueID()) {}
+
+QString clsActionScript::ClassDesc() const
+{
+    return QStringLiteral("Run An ") + Global.ProductName + QStringLiteral(" Script");
+}
+
+QString clsActionScript::ActionDescription() const
+{
+    return ActionDescriptionHead(ClassDesc(), Condition) + QStringLiteral("</TextBlock>");
+}
+
+QString clsActionScript::XML() const
+{
+    try {
+        clsXML writer;
+        AppendActionHead(writer, ClassName(), ID, Enabled);
+        writer.Append(SBScriptToRun, QStringLiteral("SBScriptToRun"));
+        AppendActionCondition(writer, Condition);
+        return writer.GetXML();
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("clsActionScript.XML.Get"), error);
+        return QString();
+    }
+}
+
+void clsActionScript::setXML(const QString &Fragment)
+{
+    try {
+        clsXML reader(Fragment);
+        BeginActionRead(reader);
+        reader.Extract(ID, QStringLiteral("ID"));
+        reader.Extract(Enabled, QStringLiteral("Enabled"));
+        reader.Extract(SBScriptToRun, QStringLiteral("SBScriptToRun"));
+        ExtractActionCondition(reader, Condition);
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("clsActionScript.XML.Let"), error);
+    }
+}

@@ -1,0 +1,47 @@
+#include "GlobalCollections.h"
+
+#include <memory>
+
+namespace {
+
+std::unique_ptr<colOrganization> TheOrganizations;
+std::unique_ptr<colUsers> TheUsers;
+std::unique_ptr<colUserFolders> TheUserFolders;
+std::unique_ptr<colAccounts> TheAccounts;
+
+template <typename T> T &MadeOnFirstUse(std::unique_ptr<T> &Collection)
+{
+    if (!Collection)
+        Collection = std::make_unique<T>();
+    return *Collection;
+}
+
+} // namespace
+
+colOrganization &Organizations()
+{
+    return MadeOnFirstUse(TheOrganizations);
+}
+
+colUsers &Users()
+{
+    return MadeOnFirstUse(TheUsers);
+}
+
+colUserFolders &UserFolders()
+{
+    return MadeOnFirstUse(TheUserFolders);
+}
+
+colAccounts &Accounts()
+{
+    return MadeOnFirstUse(TheAccounts);
+}
+
+void ResetGlobalCollections()
+{
+    TheAccounts.reset();
+    TheUserFolders.reset();
+    TheUsers.reset();
+    TheOrganizations.reset();
+}

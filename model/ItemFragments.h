@@ -1,0 +1,28 @@
+#pragma once
+#include "foundation/clsXML.h"
+
+#include <QString>
+
+// The fragment of a collection: a section holding, in order, the own
+// fragment of each item that Keep accepts.
+template <typename Items, typename Keep>
+QString SectionOfItems(const Items &items, const QString &Section, Keep keep)
+{
+    clsXML writer;
+    writer.XMLSectionStart(Section);
+    for (const auto *item : items)
+        if (keep(*item))
+            writer.AppendXML(item->XML());
+    writer.XMLSectionEnd(Section);
+    return writer.GetXML();
+}
+
+// Hands the text inside each element ItemTag of a collection's fragment, in
+// order, to Add.
+template <typename AddItem> void ForEachItemFragment(const QString &XML, const QString &ItemTag, AddItem add)
+{
+    clsXML reader(XML);
+    QString fragment;
+    while (reader.Extract(fragment, ItemTag, true))
+        add(fragment);
+}

@@ -1,0 +1,251 @@
+#include "clsAccountTrigger.h"
+#include "Condition.h"
+#include "ItemFragments.h"
+#include "Selection.h"
+#include "actions/ActionItem.h"
+#include "foundation/Formatting.h"
+#include "foundation/Startup.h"
+#include "foundation/clsXML.h"
+
+#include <QLocale>
+#include <exception>
+#include <variant>
+
+namespace {
+
+using T = clsAccountTrigger;
+using Member = std::variant<QString T::*, bool T::*, qint16 T::*, QDateTime T::*>;
+
+struct TaggedMember
+{
+    const char *Tag;
+    Member Ref;
+    bool InSubset; // also part of XMLSubset
+};
+
+// The heading tags of the fragment in written order. The condition follows
+// them in its own section.
+const TaggedMember FragmentTags[] = {
+    {"TriggerID", &T::TriggerID, true},
+    {"CCAddressLike", &T::CCAddressLike, false},
+    {"CheckALLWords", &T::CheckALLWords, true},
+    {"CheckBodyAlso", &T::CheckBodyAlso, true},
+    {"TriggerDetails", &T::Details, true},
+    {"TriggerEnabled", &T::Enabled, true},
+    {"FlaggedForAction", &T::FlaggedForAction, false},
+    {"FromAddressLIKE", &T::FromAddressLIKE, true},
+    {"HelperMessage", &T::HelperMessage, false},
+    {"HelperSubject", &T::HelperSubject, false},
+    {"HelperTo", &T::HelperTo, false},
+    {"MarkedAsImportant", &T::MarkedAsImportant, true},
+    {"MarkedAsSenstive", &T::MarkedAsSenstive, true},
+    {"TriggerName", &T::Name, true},
+    {"ReceivedAfter", &T::ReceivedAfter, true},
+    {"ReceivedAfterReset", &T::ReceivedAfterReset, false},
+    {"SBScriptTrigger", &T::SBScriptTrigger, false},
+    {"SBScriptTriggerEnabled", &T::SBScriptTriggerEnabled, true},
+    {"Schedule", &T::SCHEDULE, true},
+    {"StopProcessingFollowingActions", &T::StopProcessingFollowingActions, false},
+    {"SubjectLineLIKE", &T::SubjectLineLIKE, true},
+    {"ThenProcessID", &T::ThenProcessID, true},
+    {"SaveToFolderID", &T::SaveToFolderID, false},
+};
+
+const QString ConditionSection = QStringLiteral("TriggerCondition");
+const QString FieldsSection = QStringLiteral("Trigger.Fields");
+const QString FieldTag = QStringLiteral("Trigger.Field");
+const QString ActionsSection = QStringLiteral("Trigger.Actions");
+const QString ActionTag = QStringLiteral("Trigger.Action");
+const QString FieldsListTag = QStringLiteral("FieldsList");
+const QString SubsetSection = QStringLiteral("TriggerSubset");
+const QString DatabaseUpdateClass = QStringLiteral("DatabaseUpdate");
+
+void WriteHeading(const T &trigger, clsXML &writer, bool subsetOnly)
+{
+    for (const TaggedMember &entry : FragmentTags)
+        if (entry.InSubset || !subsetOnly)
+            std::visit([&](auto member) { writer.Append(trigger.*member, QString::fromLatin1(entry.Tag)); },
+                       entry.Ref);
+    writer.AppendXML(trigger.Condition, ConditionSection);
+}
+
+void ReadHeading(T &trigger, clsXML &reader, bool subsetOnly)
+{
+    for (const TaggedMember &entry : FragmentTags)
+        if (entry.InSubset || !subsetOnly)
+            std::visit([&](auto member) { reader.Extract(trigger.*member, QString::fromLatin1(entry.Tag)); },
+                       entry.Ref);
+    reader.Extract(trigger.Condition, ConditionSection, true);
+}
+
+} // namespace
+
+clsAccountTrigger::clsAccountTrigger()
+    : TriggerID(NewUniqueID()), ReceivedAfter(QDate::currentDate().addDays(-30), QTime(0, 0))
+{
+    ReplaceCollections();
+}
+
+clsAccountTrigger::~clsAccountTrigger()
+{
+    if (SelectedTrigger == this)
+        SelectedTrigger = nullptr;
+}
+
+void clsAccountTrigger::ReplaceCollections()
+{
+    m_ActionList = std::make_unique<colActions>();
+    m_ActionList->setParent(this);
+    m_FieldsToProcess = std::make_unique<colFields>();
+    m_FieldsToProcess->setParent(this);
+    m_DatabaseUpdateID.clear();
+}
+
+clsTriggerField *clsAccountTrigger::Field(int Number) const
+{
+    return m_FieldsToProcess->Item(Number);
+}
+
+QString clsAccountTrigger::FieldsList() const
+{
+    if (!m_FieldsList.isEmpty())
+        return m_FieldsList;
+    QStringList names;
+    for (const clsTriggerField *field : *m_FieldsToProcess)
+        names << field->Name;
+    return names.join(u',');
+}
+
+ActionItem *clsAccountTrigger::DatabaseUpdate() const
+{
+    if (ActionItem *cached = m_ActionList->Item(m_DatabaseUpdateID);
+        cached && cached->ClassName() == DatabaseUpdateClass)
+        return cached;
+    for (ActionItem *action : *m_ActionList) {
+        if (action->ClassName() == DatabaseUpdateClass) {
+            m_DatabaseUpdateID = action->ID();
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+bool clsAccountTrigger::DatabaseUpdateEnabled() const
+{
+    const ActionItem *action = DatabaseUpdate();
+    return action && action->Enabled();
+}
+
+bool clsAccountTrigger::INSchedule(const QDateTime &Now) const
+{
+    if (SCHEDULE.isEmpty())
+        return true;
+    const int hour = Now.time().hour() == 0 ? 24 : Now.time().hour();
+    const int weekday = Now.date().dayOfWeek() % 7 + 1; // Sunday is 1
+    const int position = (weekday - 1) * 24 + hour;
+    return SCHEDULE.mid(position - 1, 1) != u"N";
+}
+
+QString clsAccountTrigger::ConditionAsText() const
+{
+    try {
+        QString text = QStringLiteral("If Sender Is ");
+        text += FromAddressLIKE == u"*" ? QStringLiteral("Any") : FromAddressLIKE;
+        text += QStringLiteral(" And Received After ") + QLocale().toString(ReceivedAfter.date(), QLocale::ShortFormat);
+        if (MarkedAsImportant > 0)
+            text += QStringLiteral(" And Important");
+        if (!SubjectLineLIKE.isEmpty()) {
+            text += CheckBodyAlso ? QStringLiteral(" And Message Text Contains") : QStringLiteral(" And Subject Contains");
+            text += CheckALLWords ? QStringLiteral(" All These ") : QStringLiteral(" Any Of These ");
+            QString words = SubjectLineLIKE;
+            words.replace(u'\t', u',');
+            if (words.endsWith(u','))
+                words.chop(1);
+            text += words;
+        }
+        if (!Condition.isEmpty())
+            text += QStringLiteral(" And ") + ConditionText(Condition, false);
+        return text;
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("clsAccountTrigger.ConditionAsText"), error);
+        return QString();
+    }
+}
+
+QString clsAccountTrigger::ConditionText(const QString &Condition, bool MarkUp) const
+{
+    return ::ConditionText(Condition, MarkUp);
+}
+
+QString clsAccountTrigger::XML() const
+{
+    try {
+        clsXML writer;
+        writer.XMLSectionStart(ClassName);
+        WriteHeading(*this, writer, false);
+        if (JustHeaderInXML) {
+            m_FieldsList.clear();
+            writer.Append(FieldsList(), FieldsListTag);
+        } else {
+            writer.XMLSectionStart(FieldsSection);
+            for (const clsTriggerField *field : *m_FieldsToProcess)
+                writer.AppendXML(field->XML());
+            writer.XMLSectionEnd(FieldsSection);
+            writer.XMLSectionStart(ActionsSection);
+            for (const ActionItem *action : *m_ActionList)
+                writer.AppendXML(action->XML(), ActionTag);
+            writer.XMLSectionEnd(ActionsSection);
+        }
+        writer.XMLSectionEnd(ClassName);
+        return writer.GetXML();
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("clsAccountTrigger.XML.Get"), error);
+        return QString();
+    }
+}
+
+// The fields are bounded by the actions section, and the heading by the
+// fields section, so that a child's tags are never taken for the trigger's.
+void clsAccountTrigger::setXML(const QString &Value)
+{
+    try {
+        ReplaceCollections();
+        clsXML reader(Value);
+        reader.setExtractUntil(FieldsSection);
+        ReadHeading(*this, reader, false);
+        reader.Extract(m_FieldsList, FieldsListTag);
+        reader.setExtractUntil(ActionsSection);
+        QString section;
+        reader.Extract(section, FieldsSection, true);
+        ForEachItemFragment(section, FieldTag, [this](const QString &fragment) { m_FieldsToProcess->AddXML(fragment); });
+        reader.setExtractUntil(QString());
+        reader.Extract(section, ActionsSection, true);
+        ForEachItemFragment(section, ActionTag, [this](const QString &fragment) { m_ActionList->AddXML(fragment); });
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("clsAccountTrigger.XML.Let"), error);
+    }
+}
+
+QString clsAccountTrigger::XMLSubset() const
+{
+    try {
+        clsXML writer;
+        writer.XMLSectionStart(SubsetSection);
+        WriteHeading(*this, writer, true);
+        writer.XMLSectionEnd(SubsetSection);
+        return writer.GetXML();
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("clsAccountTrigger.XMLSubset.Get"), error);
+        return QString();
+    }
+}
+
+void clsAccountTrigger::setXMLSubset(const QString &Value)
+{
+    try {
+        clsXML reader(Value);
+        ReadHeading(*this, reader, true);
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("clsAccountTrigger.XMLSubset.Let"), error);
+    }
+}

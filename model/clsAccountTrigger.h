@@ -1,0 +1,110 @@
+#pragma once
+#include "actions/colActions.h"
+#include "colFields.h"
+
+#include <QDateTime>
+#include <QString>
+#include <memory>
+
+class clsAccount;
+
+// One rule of an account: the conditions a message must meet, the fields
+// extracted from it, the actions run on it, the folder it is stored in and
+// the trigger that takes it on afterwards.
+class clsAccountTrigger
+{
+public:
+    clsAccountTrigger();
+    ~clsAccountTrigger();
+    clsAccountTrigger(const clsAccountTrigger &) = delete;
+    clsAccountTrigger &operator=(const clsAccountTrigger &) = delete;
+
+    QString Name;
+    QString Details;
+    bool Enabled = true;
+    QString TriggerID;
+    // Empty stops processing; a TriggerID passes the message on to it.
+    QString ThenProcessID;
+    // ID of the folder for the message; empty is no specific folder.
+    QString SaveToFolderID;
+    // The words looked for, each followed by one TAB.
+    QString SubjectLineLIKE;
+    bool CheckBodyAlso = false;
+    bool CheckALLWords = false;
+    QString FromAddressLIKE = QStringLiteral("*");
+    QString CCAddressLike;
+    // Combo indexes. Importance: 0 Any, 1 Low, 2 Normal, 3 High.
+    qint16 MarkedAsImportant = 0;
+    qint16 MarkedAsSenstive = 0;
+    qint16 FlaggedForAction = 0;
+    bool SBScriptTriggerEnabled = false;
+    QString SBScriptTrigger;
+    // Today minus 30 days, at midnight, for a new trigger.
+    QDateTime ReceivedAfter;
+    // The date was moved back: the account's sources must be rewound.
+    bool ReceivedAfterReset = false;
+    // Condition fragment of the condition language.
+    QString Condition;
+    QString HelperMessage;
+    QString HelperSubject;
+    QString HelperTo;
+    // Empty, or 170 flags "Y"/"N": see INSchedule.
+    QString SCHEDULE;
+    bool StopProcessingFollowingActions = false;
+    qint32 MessageCount = 0;
+    qint32 ErrorCount = 0;
+    QString LastError;
+    QString ClassName = QStringLiteral("Trigger");
+    // The XML getter writes the short form: no fields and actions, but
+    // their names as FieldsList.
+    bool JustHeaderInXML = false;
+    clsAccount *Parent = nullptr;
+
+    // The extracted fields in extraction order, and the actions. Reading a
+    // fragment replaces both collections: references taken before then no
+    // longer hold.
+    colFields &FieldsToProcess() const { return *m_FieldsToProcess; }
+    colActions &ActionList() const { return *m_ActionList; }
+
+    // The field at a 1-based position; nullptr when there is none.
+    clsTriggerField *Field(int Number) const;
+    // Field names separated by ",". A short fragment's own FieldsList is
+    // returned as it came; otherwise the names of FieldsToProcess.
+    QString FieldsList() const;
+
+    // The first action of class "DatabaseUpdate", or nullptr: the list
+    // allows one of them.
+    ActionItem *DatabaseUpdate() const;
+    // False without such an action, else its Enabled.
+    bool DatabaseUpdateEnabled() const;
+
+    // True when the schedule is empty or has no "N" in the cell of the
+    // moment's weekday and hour; hour 0 reads column 24.
+    bool INSchedule(const QDateTime &Now = QDateTime::currentDateTime()) const;
+
+    // The rule as the trigger list shows it: sender, date, importance, words
+    // and condition in one sentence.
+    QString ConditionAsText() const;
+    // The older readable form of a condition given as LF-separated lines.
+    QString ConditionText(const QString &Condition, bool MarkUp) const;
+
+    // The fragment, full or short (JustHeaderInXML). Reading replaces the
+    // whole trigger, fields and actions included.
+    QString XML() const;
+    void setXML(const QString &Value);
+    // The trigger's heading tags and condition alone; reading it leaves
+    // fields, actions and the other properties as they are.
+    QString XMLSubset() const;
+    void setXMLSubset(const QString &Value);
+
+private:
+    void ReplaceCollections();
+
+    std::unique_ptr<colFields> m_FieldsToProcess;
+    std::unique_ptr<colActions> m_ActionList;
+    // The FieldsList that a short fragment brought; emptied when the short
+    // form is written.
+    mutable QString m_FieldsList;
+    // ID of the direct database action once found.
+    mutable QString m_DatabaseUpdateID;
+};
