@@ -1,4 +1,6 @@
 #include "GlobalCollections.h"
+#include "actions/clsActionPassTo.h"
+#include "clsAccountTrigger.h"
 
 #include <memory>
 
@@ -33,8 +35,18 @@ colUserFolders &UserFolders()
     return MadeOnFirstUse(TheUserFolders);
 }
 
+// The name of a trigger of any account, as a PassTo action shows it.
+static QString TriggerNameFromID(const QString &TriggerID)
+{
+    const clsAccount *account = Accounts().Item(Accounts().AccountNoForTriggerID(TriggerID));
+    const clsAccountTrigger *trigger = account ? account->TriggerFromID(TriggerID) : nullptr;
+    return trigger ? trigger->Name : QString();
+}
+
 colAccounts &Accounts()
 {
+    if (!TheAccounts)
+        clsActionPassTo::TriggerName = TriggerNameFromID;
     return MadeOnFirstUse(TheAccounts);
 }
 

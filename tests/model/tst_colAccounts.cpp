@@ -2,6 +2,8 @@
 #include "foundation/clsXML.h"
 #include "model/GlobalCollections.h"
 #include "model/Selection.h"
+#include "actions/clsActionPassTo.h"
+#include "model/clsAccountTrigger.h"
 
 #include <QTest>
 
@@ -81,6 +83,21 @@ private slots:
     {
         ResetGlobalCollections();
         SelectedAccount = nullptr;
+    }
+
+    void passToNamesItsTargetFromTheGlobalAccounts()
+    {
+        clsActionPassTo action;
+        action.TriggerID = QStringLiteral("T-target");
+        action.Value = QStringLiteral("%Order%");
+        clsAccount *account = AddAccount(Accounts(), QStringLiteral("A1"));
+        auto trigger = std::make_unique<clsAccountTrigger>();
+        trigger->TriggerID = QStringLiteral("T-target");
+        trigger->Name = QStringLiteral("Orders Of The Day");
+        account->Triggers.Add(std::move(trigger));
+        QVERIFY(action.ActionDescription().contains(QStringLiteral("Orders Of The Day")));
+        action.TriggerID = QStringLiteral("T-unknown");
+        QVERIFY(!action.ActionDescription().contains(QStringLiteral("Orders Of The Day")));
     }
 
     void collectionRoundTripsAndDueAccountsAreCheckedAtOnce()
