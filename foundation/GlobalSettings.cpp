@@ -2,6 +2,7 @@
 #include "GlobalBlock.h"
 #include "Registry.h"
 #include "Startup.h"
+#include "TaggedMember.h"
 #include "clsXML.h"
 
 #include <QDateTime>
@@ -10,8 +11,6 @@
 #include <QTextStream>
 #include <algorithm>
 #include <cstdlib>
-#include <type_traits>
-#include <variant>
 #include <vector>
 
 namespace {
@@ -19,19 +18,10 @@ namespace {
 const QString SettingsFile = QStringLiteral("SETTINGS.XML");
 const QString SettingsSection = QStringLiteral("GlobalSettings");
 
-// One key of the record: its tag, the member behind it and whether it is
-// written enciphered.
-using Member = std::variant<QString GlobalSettings::*, qint16 GlobalSettings::*, qint32 GlobalSettings::*,
-                            bool GlobalSettings::*>;
-struct Key
-{
-    QString Tag;
-    Member Target;
-    bool Secret = false;
-};
+using Key = TaggedMember<GlobalSettings>;
 
-#define PLAIN(name) Key{QStringLiteral(#name), &GlobalSettings::name, false}
-#define SECRET(name) Key{QStringLiteral(#name), &GlobalSettings::name, true}
+#define PLAIN(name) Key{QStringLiteral(#name), &GlobalSettings::name}
+#define SECRET(name) Key{QStringLiteral(#name), &GlobalSettings::name, TagForm::Password}
 
 // The keys in the order the reader asks for them.
 const std::vector<Key> &ReadOrder()
@@ -80,36 +70,6 @@ const std::vector<Key> &WriteOrder()
         return order;
     }();
     return keys;
-}
-
-void ExtractKey(clsXML &xml, GlobalSettings &settings, const Key &key)
-{
-    std::visit(
-        [&](auto member) {
-            auto &target = settings.*member;
-            if constexpr (std::is_same_v<std::decay_t<decltype(target)>, QString>)
-                xml.Extract(target, key.Tag, false, key.Secret);
-            else
-                xml.Extract(target, key.Tag);
-        },
-        key.Target);
-}
-
-void AppendKey(clsXML &xml, const GlobalSettings &settings, const Key &key)
-{
-    std::visit(
-        [&](auto member) {
-            const auto &value = settings.*member;
-            if constexpr (std::is_same_v<std::decay_t<decltype(value)>, QString>) {
-                if (key.Secret)
-                    xml.AppendPassword(value, key.Tag);
-                else
-                    xml.Append(value, key.Tag);
-            } else {
-                xml.Append(value, key.Tag);
-            }
-        },
-        key.Target);
 }
 
 QString UserName()
@@ -272,7 +232,7 @@ bool LoadGlobalSettings(bool FromText, const QString &Text)
         const bool haveText = !xml.XML().isEmpty();
         if (haveText) {
             for (const Key &key : ReadOrder())
-                ExtractKey(xml, settings, key);
+                ReadTaggedMember(xml, settings, key);
         }
 
         if (settings.WebServicesURL.isEmpty())
@@ -308,7 +268,7 @@ QString SaveGlobalData(bool ToText)
         clsXML xml;
         xml.XMLSectionStart(SettingsSection);
         for (const Key &key : WriteOrder())
-            AppendKey(xml, settings, key);
+            WriteTaggedMember(xml, settings, key);
         xml.XMLSectionEnd(SettingsSection);
         MirrorToMachineStore(settings);
 

@@ -8,35 +8,23 @@
 #include "foundation/Registry.h"
 #include "foundation/Startup.h"
 #include "foundation/TextHelpers.h"
+#include "foundation/TaggedMember.h"
 #include "foundation/clsXML.h"
 
 #include <QLocale>
 #include <exception>
-#include <type_traits>
-#include <variant>
 #include <vector>
 
 namespace {
 
 using A = clsAccount;
-using Member = std::variant<QString A::*, bool A::*, qint16 A::*, qint32 A::*, QDateTime A::*>;
-
-// How a tag is written and read: as a value of its type, enciphered, as a
-// nested fragment, or as the identity that an absent tag leaves alone.
-enum class Form { Value, Password, Fragment, Identity };
-
-struct TaggedMember
-{
-    QString Tag;
-    Member Ref;
-    Form How = Form::Value;
-};
+using AccountTag = TaggedMember<A>;
 
 // The account's own tags in written order.
-const std::vector<TaggedMember> &FragmentTags()
+const std::vector<AccountTag> &FragmentTags()
 {
-    static const std::vector<TaggedMember> tags{
-        {QStringLiteral("AccountID"), &A::AccountID, Form::Identity},
+    static const std::vector<AccountTag> tags{
+        {QStringLiteral("AccountID"), &A::AccountID, TagForm::Identity},
         {QStringLiteral("OrganizationID"), &A::OrganizationID},
         {QStringLiteral("AccountAddress"), &A::AccountAddress},
         {QStringLiteral("CheckEveryMins"), &A::CheckEveryMins},
@@ -58,7 +46,7 @@ const std::vector<TaggedMember> &FragmentTags()
         {QStringLiteral("IMAPMarkAsRead"), &A::IMAPMarkAsRead},
         {QStringLiteral("IMAPMove"), &A::IMAPMove},
         {QStringLiteral("IMAPMoveToFolder"), &A::IMAPMoveToFolder},
-        {QStringLiteral("IMAPPassword"), &A::IMAPPassword, Form::Password},
+        {QStringLiteral("IMAPPassword"), &A::IMAPPassword, TagForm::Password},
         {QStringLiteral("IMAPPort"), &A::IMAPPort},
         {QStringLiteral("IMAPServer"), &A::IMAPServer},
         {QStringLiteral("IMAPSSL"), &A::IMAPSSL},
@@ -72,7 +60,7 @@ const std::vector<TaggedMember> &FragmentTags()
         {QStringLiteral("ServerIP"), &A::ServerIP},
         {QStringLiteral("ServerLastEmail"), &A::ServerLastEmail},
         {QStringLiteral("ServerLeaveMessageOn"), &A::ServerLeaveMessageOn},
-        {QStringLiteral("ServerPassword"), &A::ServerPassword, Form::Password},
+        {QStringLiteral("ServerPassword"), &A::ServerPassword, TagForm::Password},
         {QStringLiteral("ServerPort"), &A::ServerPort},
         {QStringLiteral("ServerSSL"), &A::ServerSSL},
         {QStringLiteral("SMTPServer"), &A::SMTPServer},
@@ -80,7 +68,7 @@ const std::vector<TaggedMember> &FragmentTags()
         {QStringLiteral("MailServer"), &A::MailServer},
         {QStringLiteral("MailServerAliases"), &A::MailServerAliases},
         {QStringLiteral("MailServerDomain"), &A::MailServerDomain},
-        {QStringLiteral("MailServerPassword"), &A::MailServerPassword, Form::Password},
+        {QStringLiteral("MailServerPassword"), &A::MailServerPassword, TagForm::Password},
         {QStringLiteral("MailServerUserName"), &A::MailServerUserName},
         {QStringLiteral("MailServerPOP3"), &A::MailServerPOP3},
         {QStringLiteral("DBConnection"), &A::DBConnection},
@@ -100,15 +88,15 @@ const std::vector<TaggedMember> &FragmentTags()
         {QStringLiteral("HTTPUrl"), &A::HTTPUrl},
         {QStringLiteral("HTTPFollow"), &A::HTTPFollow},
         {QStringLiteral("HTTPLogin"), &A::HTTPLogin},
-        {QStringLiteral("HTTPPass"), &A::HTTPPass, Form::Password},
+        {QStringLiteral("HTTPPass"), &A::HTTPPass, TagForm::Password},
         {QStringLiteral("HTTPUser"), &A::HTTPUser},
         {QStringLiteral("HTTPClean"), &A::HTTPClean},
         {QStringLiteral("HTTPFail"), &A::HTTPFail},
         {QStringLiteral("EWS"), &A::EWS},
         {QStringLiteral("EWSUrl"), &A::EWSUrl},
         {QStringLiteral("EWSUsername"), &A::EWSUsername},
-        {QStringLiteral("EWSPassword"), &A::EWSPassword, Form::Password},
-        {QStringLiteral("EWSFolders"), &A::EWSFolders, Form::Fragment},
+        {QStringLiteral("EWSPassword"), &A::EWSPassword, TagForm::Password},
+        {QStringLiteral("EWSFolders"), &A::EWSFolders, TagForm::Fragment},
         {QStringLiteral("EWSMove"), &A::EWSMove},
         {QStringLiteral("EWSMoveToFolder"), &A::EWSMoveToFolder},
         {QStringLiteral("EWSDeleteProcessed"), &A::EWSDeleteProcessed},
@@ -425,45 +413,14 @@ QString clsAccount::CheckedEvery() const
 
 void clsAccount::WriteScalars(clsXML &Writer) const
 {
-    for (const TaggedMember &entry : FragmentTags()) {
-        std::visit(
-            [&](auto member) {
-                using Value = std::remove_cvref_t<decltype(this->*member)>;
-                if constexpr (std::is_same_v<Value, QString>) {
-                    if (entry.How == Form::Password)
-                        Writer.AppendPassword(this->*member, entry.Tag);
-                    else if (entry.How == Form::Fragment)
-                        Writer.AppendXML(this->*member, entry.Tag);
-                    else
-                        Writer.Append(this->*member, entry.Tag);
-                } else {
-                    Writer.Append(this->*member, entry.Tag);
-                }
-            },
-            entry.Ref);
-    }
+    for (const AccountTag &entry : FragmentTags())
+        WriteTaggedMember(Writer, *this, entry);
 }
 
 void clsAccount::ReadScalars(clsXML &Reader)
 {
-    for (const TaggedMember &entry : FragmentTags()) {
-        std::visit(
-            [&](auto member) {
-                using Value = std::remove_cvref_t<decltype(this->*member)>;
-                if constexpr (std::is_same_v<Value, QString>) {
-                    if (entry.How == Form::Identity) {
-                        QString id;
-                        if (Reader.Extract(id, entry.Tag))
-                            this->*member = id;
-                    } else {
-                        Reader.Extract(this->*member, entry.Tag, entry.How == Form::Fragment, entry.How == Form::Password);
-                    }
-                } else {
-                    Reader.Extract(this->*member, entry.Tag);
-                }
-            },
-            entry.Ref);
-    }
+    for (const AccountTag &entry : FragmentTags())
+        ReadTaggedMember(Reader, *this, entry);
 }
 
 QString clsAccount::XML() const

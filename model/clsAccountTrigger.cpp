@@ -5,50 +5,48 @@
 #include "actions/ActionItem.h"
 #include "foundation/Formatting.h"
 #include "foundation/Startup.h"
+#include "foundation/TaggedMember.h"
 #include "foundation/clsXML.h"
 
 #include <QLocale>
 #include <exception>
-#include <variant>
 
 namespace {
 
 using T = clsAccountTrigger;
-using Member = std::variant<QString T::*, bool T::*, qint16 T::*, QDateTime T::*>;
 
-struct TaggedMember
+struct HeadingTag
 {
-    const char *Tag;
-    Member Ref;
+    TaggedMember<T> Member;
     bool InSubset; // also part of XMLSubset
 };
 
 // The heading tags of the fragment in written order. The condition follows
 // them in its own section.
-const TaggedMember FragmentTags[] = {
-    {"TriggerID", &T::TriggerID, true},
-    {"CCAddressLike", &T::CCAddressLike, false},
-    {"CheckALLWords", &T::CheckALLWords, true},
-    {"CheckBodyAlso", &T::CheckBodyAlso, true},
-    {"TriggerDetails", &T::Details, true},
-    {"TriggerEnabled", &T::Enabled, true},
-    {"FlaggedForAction", &T::FlaggedForAction, false},
-    {"FromAddressLIKE", &T::FromAddressLIKE, true},
-    {"HelperMessage", &T::HelperMessage, false},
-    {"HelperSubject", &T::HelperSubject, false},
-    {"HelperTo", &T::HelperTo, false},
-    {"MarkedAsImportant", &T::MarkedAsImportant, true},
-    {"MarkedAsSenstive", &T::MarkedAsSenstive, true},
-    {"TriggerName", &T::Name, true},
-    {"ReceivedAfter", &T::ReceivedAfter, true},
-    {"ReceivedAfterReset", &T::ReceivedAfterReset, false},
-    {"SBScriptTrigger", &T::SBScriptTrigger, false},
-    {"SBScriptTriggerEnabled", &T::SBScriptTriggerEnabled, true},
-    {"Schedule", &T::SCHEDULE, true},
-    {"StopProcessingFollowingActions", &T::StopProcessingFollowingActions, false},
-    {"SubjectLineLIKE", &T::SubjectLineLIKE, true},
-    {"ThenProcessID", &T::ThenProcessID, true},
-    {"SaveToFolderID", &T::SaveToFolderID, false},
+const HeadingTag FragmentTags[] = {
+    {{QStringLiteral("TriggerID"), &T::TriggerID}, true},
+    {{QStringLiteral("CCAddressLike"), &T::CCAddressLike}, false},
+    {{QStringLiteral("CheckALLWords"), &T::CheckALLWords}, true},
+    {{QStringLiteral("CheckBodyAlso"), &T::CheckBodyAlso}, true},
+    {{QStringLiteral("TriggerDetails"), &T::Details}, true},
+    {{QStringLiteral("TriggerEnabled"), &T::Enabled}, true},
+    {{QStringLiteral("FlaggedForAction"), &T::FlaggedForAction}, false},
+    {{QStringLiteral("FromAddressLIKE"), &T::FromAddressLIKE}, true},
+    {{QStringLiteral("HelperMessage"), &T::HelperMessage}, false},
+    {{QStringLiteral("HelperSubject"), &T::HelperSubject}, false},
+    {{QStringLiteral("HelperTo"), &T::HelperTo}, false},
+    {{QStringLiteral("MarkedAsImportant"), &T::MarkedAsImportant}, true},
+    {{QStringLiteral("MarkedAsSenstive"), &T::MarkedAsSenstive}, true},
+    {{QStringLiteral("TriggerName"), &T::Name}, true},
+    {{QStringLiteral("ReceivedAfter"), &T::ReceivedAfter}, true},
+    {{QStringLiteral("ReceivedAfterReset"), &T::ReceivedAfterReset}, false},
+    {{QStringLiteral("SBScriptTrigger"), &T::SBScriptTrigger}, false},
+    {{QStringLiteral("SBScriptTriggerEnabled"), &T::SBScriptTriggerEnabled}, true},
+    {{QStringLiteral("Schedule"), &T::SCHEDULE}, true},
+    {{QStringLiteral("StopProcessingFollowingActions"), &T::StopProcessingFollowingActions}, false},
+    {{QStringLiteral("SubjectLineLIKE"), &T::SubjectLineLIKE}, true},
+    {{QStringLiteral("ThenProcessID"), &T::ThenProcessID}, true},
+    {{QStringLiteral("SaveToFolderID"), &T::SaveToFolderID}, false},
 };
 
 const QString ConditionSection = QStringLiteral("TriggerCondition");
@@ -62,19 +60,17 @@ const QString DatabaseUpdateClass = QStringLiteral("DatabaseUpdate");
 
 void WriteHeading(const T &trigger, clsXML &writer, bool subsetOnly)
 {
-    for (const TaggedMember &entry : FragmentTags)
+    for (const HeadingTag &entry : FragmentTags)
         if (entry.InSubset || !subsetOnly)
-            std::visit([&](auto member) { writer.Append(trigger.*member, QString::fromLatin1(entry.Tag)); },
-                       entry.Ref);
+            WriteTaggedMember(writer, trigger, entry.Member);
     writer.AppendXML(trigger.Condition, ConditionSection);
 }
 
 void ReadHeading(T &trigger, clsXML &reader, bool subsetOnly)
 {
-    for (const TaggedMember &entry : FragmentTags)
+    for (const HeadingTag &entry : FragmentTags)
         if (entry.InSubset || !subsetOnly)
-            std::visit([&](auto member) { reader.Extract(trigger.*member, QString::fromLatin1(entry.Tag)); },
-                       entry.Ref);
+            ReadTaggedMember(reader, trigger, entry.Member);
     reader.Extract(trigger.Condition, ConditionSection, true);
 }
 

@@ -1,77 +1,70 @@
 #include "clsTriggerField.h"
 #include "foundation/Formatting.h"
 #include "foundation/Startup.h"
+#include "foundation/TaggedMember.h"
 #include "foundation/clsXML.h"
 
 #include <exception>
-#include <variant>
 
 namespace {
 
 using F = clsTriggerField;
-using Member = std::variant<QString F::*, bool F::*, qint16 F::*, Currency F::*>;
-
-struct TaggedMember
-{
-    const char *Tag;
-    Member Ref;
-};
 
 // The tags of the fragment in their written order; reading follows the same
 // order because the reader only moves forward.
-const TaggedMember FragmentTags[] = {
-    {"ID", &F::ID},
-    {"Enabled", &F::Enabled},
-    {"CaseSensitive", &F::CaseSensitive},
-    {"CheckSubjectLine", &F::CheckSubjectLine},
-    {"EnvironmentVarName", &F::EnvironmentVarName},
-    {"EnvironmentVarSet", &F::EnvironmentVarSet},
-    {"ExtractBuiltIn", &F::ExtractBuiltIn},
-    {"ExtractBuiltInField", &F::ExtractBuiltInField},
-    {"FieldType", &F::FieldType},
-    {"InsertFieldName", &F::InsertFieldName},
-    {"InsertInto", &F::InsertInto},
-    {"KeyExists", &F::KeyExists},
-    {"LookFor", &F::LookFor},
-    {"MapToOutlookContact", &F::MapToOutLookContact},
-    {"MaxLength", &F::MaxLength},
-    {"Name", &F::Name},
-    {"RemoveFirstXChars", &F::RemoveFirstXChars},
-    {"RemoveLastXChars", &F::RemoveLastXChars},
-    {"SBScriptExtract", &F::SBScriptExtract},
-    {"SBScriptExtractEnabled", &F::SBScriptExtractEnabled},
-    {"StartAfterLookFor", &F::StartAfterLookFor},
-    {"StartFromLastExtractPoint", &F::StartFromLastExtractPoint},
-    {"ThenLookFor", &F::ThenLookFor},
-    {"TrimBlanks", &F::TrimBlanks},
-    {"Until_AnyChars", &F::Until_AnyChars},
-    {"Until_EndOfBody", &F::Until_EndOfBody},
-    {"Until_EndOfLine", &F::Until_EndOfLine},
-    {"Until_NextBlankLine", &F::Until_NextBlankLine},
-    {"Until_TheseWords", &F::Until_TheseWords},
-    {"Until_ThisMany", &F::Until_ThisMany},
-    {"UntilAnyOfTheseChars", &F::UntilAnyOfTheseChars},
-    {"UntilTheseWords", &F::UntilTheseWords},
-    {"UntilThisManyChars", &F::UntilThisManyChars},
-    {"Until_EndTag", &F::Until_EndTag},
-    {"ExtractMask", &F::ExtractMask},
-    {"Lookup", &F::Lookup},
-    {"LookupConnectioN", &F::LookupConnection},
-    {"LookupSQL", &F::LookupSQL},
-    {"LookupField", &F::LookupField},
-    {"LookupCancelOnFail", &F::LookupCancelOnFail},
-    {"Case", &F::ChangeCase},
-    {"DefaultValue", &F::DefaultValue},
-    {"Validate", &F::Validate},
-    {"ValidateAction", &F::ValidateAction},
-    {"ValidateHigh", &F::ValidateHigh},
-    {"ValidateList", &F::ValidateList},
-    {"ValidateLow", &F::ValidateLow},
-    {"ValidateOption", &F::ValidateOption},
-    {"Block", &F::Block},
-    {"PassToTrigger", &F::PassToTrigger},
-    {"PassToBody", &F::PassToBody},
-    {"PassToSubject", &F::PassToSubject},
+const TaggedMember<F> FragmentTags[] = {
+    {QStringLiteral("ID"), &F::ID},
+    {QStringLiteral("Enabled"), &F::Enabled},
+    {QStringLiteral("CaseSensitive"), &F::CaseSensitive},
+    {QStringLiteral("CheckSubjectLine"), &F::CheckSubjectLine},
+    {QStringLiteral("EnvironmentVarName"), &F::EnvironmentVarName},
+    {QStringLiteral("EnvironmentVarSet"), &F::EnvironmentVarSet},
+    {QStringLiteral("ExtractBuiltIn"), &F::ExtractBuiltIn},
+    {QStringLiteral("ExtractBuiltInField"), &F::ExtractBuiltInField},
+    {QStringLiteral("FieldType"), &F::FieldType},
+    {QStringLiteral("InsertFieldName"), &F::InsertFieldName},
+    {QStringLiteral("InsertInto"), &F::InsertInto},
+    {QStringLiteral("KeyExists"), &F::KeyExists},
+    {QStringLiteral("LookFor"), &F::LookFor},
+    {QStringLiteral("MapToOutlookContact"), &F::MapToOutLookContact},
+    {QStringLiteral("MaxLength"), &F::MaxLength},
+    {QStringLiteral("Name"), &F::Name},
+    {QStringLiteral("RemoveFirstXChars"), &F::RemoveFirstXChars},
+    {QStringLiteral("RemoveLastXChars"), &F::RemoveLastXChars},
+    {QStringLiteral("SBScriptExtract"), &F::SBScriptExtract},
+    {QStringLiteral("SBScriptExtractEnabled"), &F::SBScriptExtractEnabled},
+    {QStringLiteral("StartAfterLookFor"), &F::StartAfterLookFor},
+    {QStringLiteral("StartFromLastExtractPoint"), &F::StartFromLastExtractPoint},
+    {QStringLiteral("ThenLookFor"), &F::ThenLookFor},
+    {QStringLiteral("TrimBlanks"), &F::TrimBlanks},
+    {QStringLiteral("Until_AnyChars"), &F::Until_AnyChars},
+    {QStringLiteral("Until_EndOfBody"), &F::Until_EndOfBody},
+    {QStringLiteral("Until_EndOfLine"), &F::Until_EndOfLine},
+    {QStringLiteral("Until_NextBlankLine"), &F::Until_NextBlankLine},
+    {QStringLiteral("Until_TheseWords"), &F::Until_TheseWords},
+    {QStringLiteral("Until_ThisMany"), &F::Until_ThisMany},
+    {QStringLiteral("UntilAnyOfTheseChars"), &F::UntilAnyOfTheseChars},
+    {QStringLiteral("UntilTheseWords"), &F::UntilTheseWords},
+    {QStringLiteral("UntilThisManyChars"), &F::UntilThisManyChars},
+    {QStringLiteral("Until_EndTag"), &F::Until_EndTag},
+    {QStringLiteral("ExtractMask"), &F::ExtractMask},
+    {QStringLiteral("Lookup"), &F::Lookup},
+    {QStringLiteral("LookupConnectioN"), &F::LookupConnection},
+    {QStringLiteral("LookupSQL"), &F::LookupSQL},
+    {QStringLiteral("LookupField"), &F::LookupField},
+    {QStringLiteral("LookupCancelOnFail"), &F::LookupCancelOnFail},
+    {QStringLiteral("Case"), &F::ChangeCase},
+    {QStringLiteral("DefaultValue"), &F::DefaultValue},
+    {QStringLiteral("Validate"), &F::Validate},
+    {QStringLiteral("ValidateAction"), &F::ValidateAction},
+    {QStringLiteral("ValidateHigh"), &F::ValidateHigh},
+    {QStringLiteral("ValidateList"), &F::ValidateList},
+    {QStringLiteral("ValidateLow"), &F::ValidateLow},
+    {QStringLiteral("ValidateOption"), &F::ValidateOption},
+    {QStringLiteral("Block"), &F::Block},
+    {QStringLiteral("PassToTrigger"), &F::PassToTrigger},
+    {QStringLiteral("PassToBody"), &F::PassToBody},
+    {QStringLiteral("PassToSubject"), &F::PassToSubject},
 };
 
 } // namespace
@@ -103,10 +96,8 @@ QString clsTriggerField::XML() const
     try {
         clsXML writer;
         writer.XMLSectionStart(ClassName);
-        for (const TaggedMember &entry : FragmentTags) {
-            const QString tag = QString::fromLatin1(entry.Tag);
-            std::visit([&](auto member) { writer.Append(this->*member, tag); }, entry.Ref);
-        }
+        for (const TaggedMember<F> &entry : FragmentTags)
+            WriteTaggedMember(writer, *this, entry);
         writer.XMLSectionEnd(ClassName);
         return writer.GetXML();
     } catch (const std::exception &error) {
@@ -119,10 +110,8 @@ void clsTriggerField::setXML(const QString &Value)
 {
     try {
         clsXML reader(Value);
-        for (const TaggedMember &entry : FragmentTags) {
-            const QString tag = QString::fromLatin1(entry.Tag);
-            std::visit([&](auto member) { reader.Extract(this->*member, tag); }, entry.Ref);
-        }
+        for (const TaggedMember<F> &entry : FragmentTags)
+            ReadTaggedMember(reader, *this, entry);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsTriggerField.XML.Let"), error);
     }
