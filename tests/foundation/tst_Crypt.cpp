@@ -1,3 +1,4 @@
+#include "ErrorCapture.h"
 #include "TestRegistry.h"
 #include "foundation/Crypt.h"
 #include "foundation/Startup.h"
@@ -9,15 +10,10 @@ class tst_Crypt : public QObject
 {
     Q_OBJECT
 
-    QStringList m_errors;
+    ErrorCapture m_errors;
 
 private slots:
-    void init()
-    {
-        m_errors.clear();
-        SetErrorSink([this](const QString &, const QString &text) { m_errors << text; });
-    }
-    void cleanup() { SetErrorSink(nullptr); }
+    void init() { m_errors.clear(); }
 
     void cipherRoundTripsAndIsUrlSafe_data()
     {

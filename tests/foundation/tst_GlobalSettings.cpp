@@ -1,3 +1,4 @@
+#include "ErrorCapture.h"
 #include "TestRegistry.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/GlobalSettings.h"
@@ -18,7 +19,7 @@ class tst_GlobalSettings : public QObject
 
     GlobalBlock m_saved;
     std::unique_ptr<QTemporaryDir> m_dir;
-    QStringList m_errors;
+    ErrorCapture m_errors;
 
     QString SettingsPath() const { return Global.DataPath + QStringLiteral("SETTINGS.XML"); }
 
@@ -136,7 +137,6 @@ private slots:
     {
         m_saved = Global;
         m_errors.clear();
-        SetErrorSink([this](const QString &, const QString &text) { m_errors << text; });
         m_dir = std::make_unique<QTemporaryDir>();
         QVERIFY(m_dir->isValid());
         Global.DataPath = m_dir->path() + QStringLiteral("/data/");
@@ -147,7 +147,6 @@ private slots:
     }
     void cleanup()
     {
-        SetErrorSink(nullptr);
         ClearStores();
         m_dir.reset();
         Global = m_saved;

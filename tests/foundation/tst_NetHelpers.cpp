@@ -1,3 +1,4 @@
+#include "ErrorCapture.h"
 #include "TestRegistry.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/NetHelpers.h"
@@ -145,7 +146,7 @@ class tst_NetHelpers : public QObject
 {
     Q_OBJECT
 
-    QStringList m_errors;
+    ErrorCapture m_errors;
     QTemporaryDir m_temp;
     QString m_savedTempPath;
 
@@ -167,9 +168,7 @@ private slots:
     void init()
     {
         m_errors.clear();
-        SetErrorSink([this](const QString &, const QString &text) { m_errors << text; });
     }
-    void cleanup() { SetErrorSink(nullptr); }
 
     void getDomain_data()
     {

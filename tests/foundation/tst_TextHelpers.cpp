@@ -1,3 +1,4 @@
+#include "ErrorCapture.h"
 #include "TestRegistry.h"
 #include "foundation/Startup.h"
 #include "foundation/TextHelpers.h"
@@ -10,7 +11,7 @@ class tst_TextHelpers : public QObject
 {
     Q_OBJECT
 
-    QStringList m_errors;
+    ErrorCapture m_errors;
     QTemporaryDir m_dir;
 
     QString WriteBytes(const QString &name, const QByteArray &bytes)
@@ -26,9 +27,7 @@ private slots:
     void init()
     {
         m_errors.clear();
-        SetErrorSink([this](const QString &, const QString &text) { m_errors << text; });
     }
-    void cleanup() { SetErrorSink(nullptr); }
 
     void getTag_data()
     {

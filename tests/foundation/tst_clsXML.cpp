@@ -1,3 +1,4 @@
+#include "ErrorCapture.h"
 #include "TestRegistry.h"
 #include "foundation/Crypt.h"
 #include "foundation/GlobalBlock.h"
@@ -13,15 +14,10 @@ class tst_clsXML : public QObject
 {
     Q_OBJECT
 
-    QStringList m_errors;
+    ErrorCapture m_errors;
 
 private slots:
-    void init()
-    {
-        m_errors.clear();
-        SetErrorSink([this](const QString &, const QString &text) { m_errors << text; });
-    }
-    void cleanup() { SetErrorSink(nullptr); }
+    void init() { m_errors.clear(); }
 
     void extractReadsForwardOnly()
     {
