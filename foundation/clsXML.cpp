@@ -8,64 +8,12 @@
 #include <QFile>
 #include <QSaveFile>
 #include <QTextStream>
-#include <QSet>
 #include <QVarLengthArray>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
 namespace {
-
-// Lower-cases character by character so that positions in the copy are the
-// positions in the original.
-QChar LowerChar(QChar c)
-{
-    const char16_t u = c.unicode();
-    if (u < 128)
-        return QChar(u >= 'A' && u <= 'Z' ? char16_t(u + 32) : u);
-    return c.toLower();
-}
-
-QString LowerSameLength(QStringView text)
-{
-    QString lower(text.size(), Qt::Uninitialized);
-    std::transform(text.begin(), text.end(), lower.data(), LowerChar);
-    return lower;
-}
-
-// First position at or after from where the lower-case needle, which starts
-// with "<", stands in the text when the text is lower-cased character by
-// character; -1 when absent. Looking for "<" first keeps the cost that of a
-// plain character search, with no lower-case copy of the text.
-qsizetype FindTag(QStringView text, QStringView needle, qsizetype from)
-{
-    const qsizetype last = text.size() - needle.size();
-    for (qsizetype p = text.indexOf(u'<', from); p >= 0 && p <= last; p = text.indexOf(u'<', p + 1)) {
-        qsizetype i = 1;
-        while (i < needle.size() && LowerChar(text[p + i]) == needle[i])
-            ++i;
-        if (i == needle.size())
-            return p;
-    }
-    return -1;
-}
-
-// The lower-case names of the tags that open at positions from..last
-// (0-based) of the text.
-QSet<QString> TagNames(QStringView text, qsizetype from, qsizetype last)
-{
-    QSet<QString> names;
-    QString name;
-    for (qsizetype p = text.indexOf(u'<', from); p >= 0 && p <= last; p = text.indexOf(u'<', p + 1)) {
-        const qsizetype end = text.indexOf(u'>', p + 1);
-        if (end < 0)
-            break;
-        name.resize(end - p - 1);
-        std::transform(text.begin() + p + 1, text.begin() + end, name.begin(), LowerChar);
-        names.insert(name);
-    }
-    return names;
-}
 
 bool IsTabOrLineFeed(QChar c)
 {
@@ -148,9 +96,9 @@ QString EncodeString(const QString &value)
 
 // Text to a whole number of the given range: integers as they are, decimals
 // rounded half to even; anything else, or out of range, fails.
-template <typename Int> bool ParseWhole(const QString &text, Int &out)
+template <typename Int> bool ParseWhole(QStringView text, Int &out)
 {
-    const QString t = text.trimmed();
+    const QStringView t = text.trimmed();
     bool ok = false;
     qlonglong whole = t.toLongLong(&ok);
     if (!ok) {
@@ -200,10 +148,10 @@ QDateTime ParseDateTime(const QString &value)
     return QDateTime(date, time);
 }
 
-bool ParseBool(const QString &text)
+bool ParseBool(QStringView text)
 {
-    const QString t = text.trimmed();
-    if (t.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0)
+    const QStringView t = text.trimmed();
+    if (t.compare(u"true", Qt::CaseInsensitive) == 0)
         return true;
     bool ok = false;
     const double number = t.toDouble(&ok);
@@ -217,71 +165,139 @@ template <typename Number> QString NumberText(Number value)
 
 } // namespace
 
+QString clsXML::XML() const
+{
+    if (!m_doc)
+        return QString();
+    return TrimBlanks(QStringView(m_doc->Text()).mid(m_textBegin, m_textEnd - m_textBegin)).toString();
+}
+
+bool clsXML::IsEmpty() const
+{
+    if (!m_doc)
+        return true;
+    const QStringView text = QStringView(m_doc->Text()).mid(m_textBegin, m_textEnd - m_textBegin);
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c == u' '; });
+}
+
 void clsXML::setXML(const QString &value)
 {
+    m_doc.reset();
     try {
-        m_xml = value.isEmpty() ? QString() : CleanText(value);
+        if (!value.isEmpty())
+            m_doc = std::make_shared<const MarkupIndex>(CleanText(value));
     } catch (const std::exception &error) {
-        m_xml.clear();
         LogError(QStringLiteral("XML.Let"), error);
     }
-    m_cursor = 1;
-    m_stop = 0;
-    m_namesAhead.reset();
+    m_textBegin = 0;
+    m_textEnd = m_doc ? m_doc->Text().size() : 0;
+    ResetCursor(0, m_doc ? m_doc->Tags().size() : 0);
     m_depth = 0;
+}
+
+void clsXML::ResetCursor(std::size_t first, std::size_t end)
+{
+    m_first = first;
+    m_end = end;
+    m_next = first;
+    m_stop.reset();
+    m_namesAhead.reset();
 }
 
 void clsXML::setExtractUntil(const QString &Tag)
 {
-    m_until = Tag.isEmpty() ? QString() : u'<' + LowerSameLength(Tag) + u'>';
-    m_stop = 0;
+    m_until.clear();
+    if (!Tag.isEmpty()) {
+        m_until.reserve(Tag.size() + 2);
+        m_until += u'<';
+        for (QChar c : Tag)
+            m_until += MarkupIndex::LowerChar(c);
+        m_until += u'>';
+    }
+    m_stop.reset();
     m_namesAhead.reset();
 }
 
-bool clsXML::Locate(const QString &Tag, QString &value)
+namespace {
+
+// The lower-cased name of a tag and its hash, with "/" before it for the
+// close tag.
+struct TagName
+{
+    QVarLengthArray<QChar, 64> Chars;
+    std::uint32_t OpenHash = 0;
+    std::uint32_t CloseHash = 0;
+
+    explicit TagName(QStringView tag)
+    {
+        Chars.append(u'/');
+        std::uint32_t hash = MarkupIndex::HashStart();
+        std::uint32_t closeHash = MarkupIndex::HashStep(hash, u'/');
+        for (QChar c : tag) {
+            const QChar lower = MarkupIndex::LowerChar(c);
+            Chars.append(lower);
+            hash = MarkupIndex::HashStep(hash, lower);
+            closeHash = MarkupIndex::HashStep(closeHash, lower);
+        }
+        OpenHash = hash;
+        CloseHash = closeHash;
+    }
+    QStringView Open() const { return QStringView(Chars.constData() + 1, Chars.size() - 1); }
+    QStringView Close() const { return QStringView(Chars.constData(), Chars.size()); }
+};
+
+constexpr std::size_t BloomBits = 4096;
+
+} // namespace
+
+// One past the last tag an open tag may be found at: with a bound, the
+// bound's own tag is the last.
+std::size_t clsXML::SearchLimit()
+{
+    if (m_until.isEmpty())
+        return m_end;
+    if (!m_stop) {
+        const TagName bound(QStringView(m_until).mid(1, m_until.size() - 2));
+        std::size_t i = m_first;
+        while (i < m_end && !m_doc->Matches(i, bound.Open(), bound.OpenHash))
+            ++i;
+        if (i == m_end) {
+            m_until.clear();
+            return m_end;
+        }
+        m_stop = i;
+    }
+    return *m_stop + 1;
+}
+
+bool clsXML::Locate(const QString &Tag, std::size_t &Open, std::size_t &Close)
 {
     try {
-        const QStringView text(m_xml);
-        if (!m_until.isEmpty() && m_stop == 0) {
-            m_stop = FindTag(text, m_until, 0) + 1;
-            if (m_stop == 0)
-                m_until.clear();
-        }
-        if (m_cursor >= text.size())
+        if (!m_doc || m_next >= m_end)
             return false;
-        // "</tag>" in one buffer; "<tag>" is pieced from it without a copy.
-        QVarLengthArray<QChar, 64> close;
-        close.append(u'<');
-        close.append(u'/');
-        for (QChar c : Tag)
-            close.append(LowerChar(c));
-        close.append(u'>');
-        const qsizetype tagLength = Tag.size();
-        const QStringView closeTag(close.constData(), close.size());
-        QVarLengthArray<QChar, 64> open;
-        open.append(u'<');
-        open.append(close.constData() + 2, tagLength + 1);
-        const QStringView openTag(open.constData(), open.size());
-
-        // Once a read has missed, the names of the tags still ahead are known,
-        // and an absent tag is answered without scanning the text again.
-        if (m_namesAhead && !m_namesAhead->contains(QString::fromRawData(close.constData() + 2, tagLength)))
+        const std::size_t limit = SearchLimit();
+        const TagName name(Tag);
+        if (m_namesAhead && !m_namesAhead->test(name.OpenHash % BloomBits))
             return false;
-        // With a bound, an absent tag is looked for up to the bound only.
-        const QStringView searched =
-            m_stop >= 1 ? text.first(std::min(text.size(), m_stop - 1 + openTag.size())) : text;
-        const qsizetype p = FindTag(searched, openTag, m_cursor - 1) + 1;
-        if (p == 0 || (m_stop >= 1 && p > m_stop)) {
-            if (!m_namesAhead)
-                m_namesAhead = TagNames(text, m_cursor - 1, m_stop >= 1 ? m_stop - 1 : text.size() - 1);
+        std::size_t open = m_next;
+        while (open < limit && !m_doc->Matches(open, name.Open(), name.OpenHash))
+            ++open;
+        if (open >= limit) {
+            if (!m_namesAhead) {
+                m_namesAhead.emplace();
+                for (std::size_t i = m_next; i < limit; ++i)
+                    m_namesAhead->set(m_doc->Tags()[i].Hash % BloomBits);
+            }
             return false;
         }
-        const qsizetype q = FindTag(text, closeTag, p) + 1;
-        if (q == 0)
+        std::size_t close = open + 1;
+        while (close < m_end && !m_doc->Matches(close, name.Close(), name.CloseHash))
+            ++close;
+        if (close >= m_end)
             return false;
-        const qsizetype start = p + tagLength + 2;
-        value = m_xml.mid(start - 1, q - start);
-        m_cursor = q + tagLength + 3;
+        Open = open;
+        Close = close;
+        m_next = close + 1;
         return true;
     } catch (const std::exception &error) {
         LogError(QStringLiteral("XML.Extract"), error);
@@ -289,25 +305,54 @@ bool clsXML::Locate(const QString &Tag, QString &value)
     }
 }
 
+bool clsXML::Locate(const QString &Tag, QStringView &value)
+{
+    std::size_t open = 0;
+    std::size_t close = 0;
+    if (!Locate(Tag, open, close))
+        return false;
+    value = m_doc->Between(open, close);
+    return true;
+}
+
+bool clsXML::Extract(clsXML &Child, const QString &Tag)
+{
+    std::size_t open = 0;
+    std::size_t close = 0;
+    if (&Child == this || !Locate(Tag, open, close)) {
+        if (&Child != this)
+            Child.setXML(QString());
+        return false;
+    }
+    const QStringView inner = m_doc->Between(open, close);
+    Child.m_doc = m_doc;
+    Child.m_textBegin = inner.data() - m_doc->Text().constData();
+    Child.m_textEnd = Child.m_textBegin + inner.size();
+    Child.ResetCursor(open + 1, close);
+    Child.m_until.clear();
+    Child.m_depth = 0;
+    return true;
+}
+
 bool clsXML::Extract(QString &Target, const QString &Tag, bool Raw, bool Encrypted)
 {
-    QString value;
+    QStringView value;
     if (!Locate(Tag, value)) {
         Target.clear();
         return false;
     }
-    if (Encrypted && value.startsWith(QStringLiteral("enc:")))
-        Target = DecryptText(value.mid(4));
+    if (Encrypted && value.startsWith(u"enc:"))
+        Target = DecryptText(value.mid(4).toString());
     else if (Raw)
-        Target = value;
+        Target = value.toString();
     else
-        Target = DecodeString(value);
+        Target = DecodeString(value.toString());
     return true;
 }
 
 bool clsXML::Extract(bool &Target, const QString &Tag)
 {
-    QString value;
+    QStringView value;
     const bool found = Locate(Tag, value);
     Target = found && ParseBool(value);
     return found;
@@ -315,7 +360,7 @@ bool clsXML::Extract(bool &Target, const QString &Tag)
 
 template <typename Int> bool clsXML::ExtractWhole(Int &Target, const QString &Tag)
 {
-    QString value;
+    QStringView value;
     Target = 0;
     if (!Locate(Tag, value))
         return false;
@@ -349,7 +394,7 @@ bool clsXML::Extract(float &Target, const QString &Tag)
 
 bool clsXML::Extract(double &Target, const QString &Tag)
 {
-    QString value;
+    QStringView value;
     Target = 0;
     if (!Locate(Tag, value))
         return false;
@@ -361,34 +406,34 @@ bool clsXML::Extract(double &Target, const QString &Tag)
 
 bool clsXML::Extract(Currency &Target, const QString &Tag)
 {
-    QString value;
+    QStringView value;
     Target = Currency{};
     if (!Locate(Tag, value))
         return false;
-    if (!Currency::FromText(value, Target))
+    if (!Currency::FromText(value.toString(), Target))
         Target = Currency{};
     return true;
 }
 
 bool clsXML::Extract(QDateTime &Target, const QString &Tag)
 {
-    QString value;
+    QStringView value;
     if (!Locate(Tag, value)) {
         Target = ZeroDate();
         return false;
     }
-    Target = ParseDateTime(value);
+    Target = ParseDateTime(value.toString());
     return true;
 }
 
 bool clsXML::Extract(QVariant &Target, const QString &Tag)
 {
-    QString value;
+    QStringView value;
     if (!Locate(Tag, value)) {
         Target = QVariant();
         return false;
     }
-    Target = DecodeControlCodes(DecodeEntities(value), false);
+    Target = DecodeControlCodes(DecodeEntities(value.toString()), false);
     return true;
 }
 
@@ -525,7 +570,7 @@ bool clsXML::XMLReadFile(const QString &FileName)
         while (stream.readLineInto(&line))
             text.Append(line);
         setXML(text.Text());
-        return !m_xml.isEmpty();
+        return !XML().isEmpty();
     } catch (const std::exception &error) {
         LogError(QStringLiteral("XMLReadFile"), error);
         return false;

@@ -1,12 +1,14 @@
 #pragma once
+#include "MarkupIndex.h"
 #include "ValueTypes.h"
 #include "clsConcat.h"
 
 #include <QDateTime>
 #include <QString>
-#include <QSet>
 #include <QVariant>
 
+#include <bitset>
+#include <memory>
 #include <optional>
 
 // Reader and writer of the markup fragments that carry all configuration.
@@ -16,6 +18,10 @@
 // then for the next "</tag>". Tags must be read in the order they were written; a tag that is
 // absent resets the target to its empty value and leaves the cursor where it
 // was. There is no tree, no attribute and no depth tracking.
+//
+// The text is indexed once (MarkupIndex); a nested element can be read by a
+// child reader that shares the parent's text and index, so that reading a
+// deeply nested configuration touches its characters a fixed number of times.
 //
 // The writer emits one line per element, indented by one TAB per section
 // level, and leaves out the empty values (0, false, empty text) so that an
@@ -28,8 +34,10 @@ public:
 
     // The text being read. Setting it deletes every TAB and LF, trims blanks
     // at both ends and resets the reader.
-    QString XML() const { return m_xml; }
+    QString XML() const;
     void setXML(const QString &value);
+    // True when the text read holds nothing but blanks.
+    bool IsEmpty() const;
     // The writer's text.
     QString GetXML() const { return m_writer.Text(); }
 
@@ -42,6 +50,10 @@ public:
     // Raw gives the text between the tags unconverted (nested fragments);
     // Encrypted deciphers a value that starts with "enc:".
     bool Extract(QString &Target, const QString &Tag, bool Raw = false, bool Encrypted = false);
+    // Reads the next element named Tag as a nested fragment: Child becomes a
+    // reader of the text between the tags, as if set to the raw text, sharing
+    // this reader's text. Without the element Child reads an empty text.
+    bool Extract(clsXML &Child, const QString &Tag);
     bool Extract(bool &Target, const QString &Tag);
     bool Extract(qint16 &Target, const QString &Tag);
     bool Extract(qint32 &Target, const QString &Tag);
@@ -80,20 +92,28 @@ public:
     bool XMLWriteFile(const QString &FileName);
 
 private:
-    // Finds the next element and moves the cursor past it: steps 1 to 6 of
-    // the reader.
-    bool Locate(const QString &Tag, QString &value);
+    // Finds the next element and moves the cursor past it: the indexes of its
+    // open and close tags.
+    bool Locate(const QString &Tag, std::size_t &Open, std::size_t &Close);
+    // The same, giving the text between the tags.
+    bool Locate(const QString &Tag, QStringView &value);
+    std::size_t SearchLimit();
+    void ResetCursor(std::size_t first, std::size_t end);
     template <typename Int> bool ExtractWhole(Int &Target, const QString &Tag);
     void WriteElement(const QString &Tag, const QString &value);
     QString Indent() const { return QString(m_depth, u'\t'); }
 
-    QString m_xml;
-    qsizetype m_cursor = 1; // 1-based
-    QString m_until;        // stored as the open tag "<tag>"
-    qsizetype m_stop = 0;   // 1-based position of m_until, 0 while not located
-    // Names of the tags between the cursor of the first missed read and the
+    std::shared_ptr<const MarkupIndex> m_doc;
+    qsizetype m_textBegin = 0; // the text read: a range of the index's text
+    qsizetype m_textEnd = 0;
+    std::size_t m_first = 0; // the tags of that range
+    std::size_t m_end = 0;
+    std::size_t m_next = 0;  // cursor: the next tag a search may start at
+    QString m_until;         // stored as the open tag "<tag>"
+    std::optional<std::size_t> m_stop; // tag of m_until once looked for
+    // Hashes of the tags between the cursor of the first missed read and the
     // bound; the cursor only moves on, so a name not in it is absent.
-    std::optional<QSet<QString>> m_namesAhead;
+    std::optional<std::bitset<4096>> m_namesAhead;
     clsConcat m_writer;
     qint16 m_depth = 0;
 };

@@ -17,6 +17,15 @@ QString SectionOfItems(const Items &items, const QString &Section, Keep keep)
     return writer.GetXML();
 }
 
+// Hands a reader of each element ItemTag inside Section, in order, to Add;
+// the readers share Section's text.
+template <typename AddItem> void ForEachItemReader(clsXML &Section, const QString &ItemTag, AddItem add)
+{
+    clsXML item;
+    while (Section.Extract(item, ItemTag))
+        add(item);
+}
+
 // Hands the text inside each element ItemTag of a collection's fragment, in
 // order, to Add.
 template <typename AddItem> void ForEachItemFragment(const QString &XML, const QString &ItemTag, AddItem add)

@@ -135,12 +135,11 @@ const QString EveryDay = QStringLiteral("|YYYYYYY");
 
 // The account's own Twitter section stands before its triggers; one inside a
 // trigger's action must not become the bound of the account's tags.
-bool HasOwnTwitterSection(const QString &Fragment)
+bool HasOwnTwitterSection(clsXML Reader)
 {
-    const qsizetype triggers = Fragment.indexOf(QStringLiteral("<Triggers>"), 0, Qt::CaseInsensitive);
-    return QStringView(Fragment)
-        .first(triggers < 0 ? Fragment.size() : triggers)
-        .contains(QStringLiteral("<TwitterSettings>"), Qt::CaseInsensitive);
+    Reader.setExtractUntil(TriggersSection);
+    clsXML twitter;
+    return Reader.Extract(twitter, TwitterSection);
 }
 
 QDateTime Midnight(const QDate &Day)
@@ -446,23 +445,26 @@ QString clsAccount::XML() const
 // the text before the next nested section.
 void clsAccount::setXML(const QString &Value)
 {
-    try {
-        clsXML reader(Value);
-        reader.setExtractUntil(HasOwnTwitterSection(Value) ? TwitterSection : TriggersSection);
-        ReadScalars(reader);
+    clsXML reader(Value);
+    ReadXML(reader);
+}
 
-        reader.setExtractUntil(TriggersSection);
+void clsAccount::ReadXML(clsXML &Reader)
+{
+    try {
+        Reader.setExtractUntil(HasOwnTwitterSection(Reader) ? TwitterSection : TriggersSection);
+        ReadScalars(Reader);
+
+        Reader.setExtractUntil(TriggersSection);
         if (TwitterFeed)
-            reader.Extract(TwitterSettings, TwitterSection, true);
+            Reader.Extract(TwitterSettings, TwitterSection, true);
         else
             TwitterSettings.clear();
 
-        reader.setExtractUntil(QString());
-        QString triggers;
-        reader.Extract(triggers, TriggersSection, true);
-        if (!triggers.isEmpty())
-            Triggers.setXML(triggers);
-        reader.setXML(QString());
+        Reader.setExtractUntil(QString());
+        clsXML triggers;
+        if (Reader.Extract(triggers, TriggersSection) && !triggers.IsEmpty())
+            Triggers.ReadXML(triggers);
 
         if (Outbox && Enabled)
             TakeOutboxRole();

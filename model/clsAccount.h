@@ -200,6 +200,7 @@ public:
 
     QString XML() const;
     void setXML(const QString &Value);
+    void ReadXML(clsXML &Reader);
 
     // Account variables: names are trimmed and lower-cased. Reading an
     // unknown name adds it empty; Persisted reads a new name's value from,

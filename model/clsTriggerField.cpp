@@ -108,10 +108,15 @@ QString clsTriggerField::XML() const
 
 void clsTriggerField::setXML(const QString &Value)
 {
+    clsXML reader(Value);
+    ReadXML(reader);
+}
+
+void clsTriggerField::ReadXML(clsXML &Reader)
+{
     try {
-        clsXML reader(Value);
         for (const TaggedMember<F> &entry : FragmentTags)
-            ReadTaggedMember(reader, *this, entry);
+            ReadTaggedMember(Reader, *this, entry);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsTriggerField.XML.Let"), error);
     }

@@ -99,7 +99,8 @@ void colAccounts::setXML(const QString &Value)
     try {
         SelectedAccount = nullptr;
         m_accounts.Clear();
-        ForEachItemFragment(Value, clsAccount::ClassName, [this](const QString &fragment) { AddXML(fragment); });
+        clsXML reader(Value);
+        ForEachItemReader(reader, clsAccount::ClassName, [this](clsXML &account) { AddXML(account); });
         if (Count() > 0)
             SetLastChecked();
     } catch (const std::exception &error) {
@@ -172,9 +173,15 @@ void colAccounts::setLastDatesXML(const QString &Value, const QDate &Today)
 
 clsAccount *colAccounts::AddXML(const QString &XML)
 {
+    clsXML reader(XML);
+    return AddXML(reader);
+}
+
+clsAccount *colAccounts::AddXML(clsXML &Reader)
+{
     try {
         auto account = std::make_unique<clsAccount>();
-        account->setXML(XML);
+        account->ReadXML(Reader);
         return Add(std::move(account));
     } catch (const std::exception &error) {
         LogError(QStringLiteral("colAccounts.AddXML"), error);

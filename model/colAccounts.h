@@ -32,6 +32,7 @@ public:
     // A new account read from the fragment and added; nullptr when its
     // AccountID is already present.
     clsAccount *AddXML(const QString &XML);
+    clsAccount *AddXML(clsXML &Reader);
     // Adds under AccountID, giving an account without one a new identifier;
     // nullptr when the AccountID is already present.
     clsAccount *Add(std::unique_ptr<clsAccount> NewAccount);

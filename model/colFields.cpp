@@ -1,4 +1,5 @@
 #include "colFields.h"
+#include "foundation/clsXML.h"
 #include "foundation/Startup.h"
 
 #include <QStringList>
@@ -13,9 +14,15 @@ void colFields::setParent(clsAccountTrigger *Value)
 
 clsTriggerField *colFields::AddXML(const QString &XML)
 {
+    clsXML reader(XML);
+    return AddXML(reader);
+}
+
+clsTriggerField *colFields::AddXML(clsXML &Reader)
+{
     try {
         auto field = std::make_unique<clsTriggerField>();
-        field->setXML(XML);
+        field->ReadXML(Reader);
         return Add(std::move(field));
     } catch (const std::exception &error) {
         LogError(QStringLiteral("colFields.AddXML"), error);

@@ -18,6 +18,7 @@ public:
     // A new field read from the fragment and added; nullptr when its ID is
     // already present.
     clsTriggerField *AddXML(const QString &XML);
+    clsTriggerField *AddXML(clsXML &Reader);
     // Adds under the field's ID and sets its Parent; nullptr when the ID is
     // already present.
     clsTriggerField *Add(std::unique_ptr<clsTriggerField> NewField);

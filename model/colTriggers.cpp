@@ -47,9 +47,15 @@ QString colTriggers::XML() const
 
 void colTriggers::setXML(const QString &Value)
 {
+    clsXML reader(Value);
+    ReadXML(reader);
+}
+
+void colTriggers::ReadXML(clsXML &Reader)
+{
     try {
         m_triggers.Clear();
-        ForEachItemFragment(Value, TriggerTag, [this](const QString &fragment) { AddXML(fragment); });
+        ForEachItemReader(Reader, TriggerTag, [this](clsXML &trigger) { AddXML(trigger); });
     } catch (const std::exception &error) {
         LogError(QStringLiteral("colTriggers.XML.Let"), error);
     }
@@ -117,9 +123,15 @@ void colTriggers::setXMLNames(const QString &Value)
 
 clsAccountTrigger *colTriggers::AddXML(const QString &XML)
 {
+    clsXML reader(XML);
+    return AddXML(reader);
+}
+
+clsAccountTrigger *colTriggers::AddXML(clsXML &Reader)
+{
     try {
         auto trigger = std::make_unique<clsAccountTrigger>();
-        trigger->setXML(XML);
+        trigger->ReadXML(Reader);
         return Add(std::move(trigger));
     } catch (const std::exception &error) {
         LogError(QStringLiteral("colTriggers.AddXML"), error);

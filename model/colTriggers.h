@@ -39,6 +39,9 @@ public:
     // A new trigger read from the fragment and added; nullptr when its
     // TriggerID is already present.
     clsAccountTrigger *AddXML(const QString &XML);
+    clsAccountTrigger *AddXML(clsXML &Reader);
+    // Replaces the collection by the triggers of a reader of its fragment.
+    void ReadXML(clsXML &Reader);
     // Adds under TriggerID and sets Parent; nullptr when the TriggerID is
     // already present.
     clsAccountTrigger *Add(std::unique_ptr<clsAccountTrigger> NewTrigger);

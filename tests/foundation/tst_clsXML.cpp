@@ -122,6 +122,41 @@ private slots:
         QVERIFY(xml.Extract(a, QStringLiteral("a")));
     }
 
+    // A child reader shares the parent's text but must read exactly as a
+    // reader set to the raw text between the tags: same values, same bound,
+    // same misses, and nothing beyond the element.
+    void nestedReaderReadsLikeRawText()
+    {
+        QRandomGenerator random(7);
+        const QStringList pieces = {QStringLiteral("<Outer>"), QStringLiteral("</Outer>"), QStringLiteral("<a>"),
+                                    QStringLiteral("</a>"), QStringLiteral("<B>"), QStringLiteral("</b>"),
+                                    QStringLiteral("<Stop>"), QStringLiteral("</Stop>"), QStringLiteral("x"),
+                                    QStringLiteral(" "), QStringLiteral("<"), QStringLiteral(">")};
+        const QStringList tags = {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("Stop")};
+        for (int round = 0; round < 3000; ++round) {
+            QString text;
+            for (int k = random.bounded(40); k > 0; --k)
+                text += pieces.at(random.bounded(pieces.size()));
+            clsXML parent(text);
+            clsXML rawParent(text);
+            clsXML child;
+            QString raw;
+            const bool found = parent.Extract(child, QStringLiteral("Outer"));
+            QCOMPARE(found, rawParent.Extract(raw, QStringLiteral("Outer"), true));
+            clsXML fromRaw(raw);
+            QCOMPARE(child.XML(), fromRaw.XML());
+            QCOMPARE(child.IsEmpty(), fromRaw.XML().isEmpty());
+            if (round % 2)
+                child.setExtractUntil(QStringLiteral("Stop")), fromRaw.setExtractUntil(QStringLiteral("Stop"));
+            for (int read = 0; read < 6; ++read) {
+                const QString &tag = tags.at(random.bounded(tags.size()));
+                QString a, b;
+                QCOMPARE(child.Extract(a, tag, true), fromRaw.Extract(b, tag, true));
+                QCOMPARE(a, b);
+            }
+        }
+    }
+
     void emptyAndTinyTexts()
     {
         for (const QString &text : {QString(), QStringLiteral("<"), QStringLiteral("<a>"), QStringLiteral("</a>"),
