@@ -204,19 +204,24 @@ QString clsAccountTrigger::XML() const
 // fields section, so that a child's tags are never taken for the trigger's.
 void clsAccountTrigger::setXML(const QString &Value)
 {
+    clsXML reader(Value);
+    ReadXML(reader);
+}
+
+void clsAccountTrigger::ReadXML(clsXML &Reader)
+{
     try {
         ReplaceCollections();
-        clsXML reader(Value);
-        reader.setExtractUntil(FieldsSection);
-        ReadHeading(*this, reader, false);
-        reader.Extract(m_FieldsList, FieldsListTag);
-        reader.setExtractUntil(ActionsSection);
-        QString section;
-        reader.Extract(section, FieldsSection, true);
-        ForEachItemFragment(section, FieldTag, [this](const QString &fragment) { m_FieldsToProcess->AddXML(fragment); });
-        reader.setExtractUntil(QString());
-        reader.Extract(section, ActionsSection, true);
-        ForEachItemFragment(section, ActionTag, [this](const QString &fragment) { m_ActionList->AddXML(fragment); });
+        Reader.setExtractUntil(FieldsSection);
+        ReadHeading(*this, Reader, false);
+        Reader.Extract(m_FieldsList, FieldsListTag);
+        Reader.setExtractUntil(ActionsSection);
+        clsXML section;
+        Reader.Extract(section, FieldsSection);
+        ForEachItemReader(section, FieldTag, [this](clsXML &field) { m_FieldsToProcess->AddXML(field); });
+        Reader.setExtractUntil(QString());
+        Reader.Extract(section, ActionsSection);
+        ForEachItemReader(section, ActionTag, [this](clsXML &action) { m_ActionList->AddXML(action.XML()); });
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsAccountTrigger.XML.Let"), error);
     }

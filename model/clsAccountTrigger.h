@@ -88,10 +88,35 @@ public:
     // The older readable form of a condition given as LF-separated lines.
     QString ConditionText(const QString &Condition, bool MarkUp) const;
 
+    // The statements of the direct database action (TriggerSQL.cpp): one per
+    // table that the enabled fields name, in order of the table's first
+    // field, each followed by two CR LF. Values are parameters named "@" and
+    // the column with "_" for each blank. Dialect is a SQLDialect; Generic is
+    // turned into SQL Server in place.
+    // Without any table the insert text is a comment, unless FromServer.
+    QString SQLInsertStatement(int &Dialect, bool FromServer = false) const;
+    // Sets the columns of the fields that aren't KeyExists where the key
+    // fields match; a table without keys gets a comment instead.
+    QString SQLUpdateStatement(int &Dialect) const;
+    // Selects by the key fields, or with NOWhere by the message's
+    // pvane_msg_uid (parameter "@UID").
+    QString SQLSelectStatement(int &Dialect, bool NOWhere = false) const;
+
+    // Statements that make or extend a table of the internal database for
+    // the fields, enabled or not, that name this table (any case) and a
+    // column. Dialect is DialectSQLite for the embedded database; any other
+    // value gives the SQL Server text. The SQLite text ends each statement
+    // with ";".
+    QString BuildINTCreate(const QString &Table, int Dialect) const;
+    // Adds the columns missing from ExistingColumns (names each followed by
+    // ",", compared exactly) and their indexes; empty when none is missing.
+    QString BuildINTAlter(const QString &Table, const QString &ExistingColumns, int Dialect) const;
+
     // The fragment, full or short (JustHeaderInXML). Reading replaces the
     // whole trigger, fields and actions included.
     QString XML() const;
     void setXML(const QString &Value);
+    void ReadXML(clsXML &Reader);
     // The trigger's heading tags and condition alone; reading it leaves
     // fields, actions and the other properties as they are.
     QString XMLSubset() const;

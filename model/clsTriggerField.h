@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+class clsXML;
+
 class clsAccountTrigger;
 
 // One named value that a trigger extracts from a message: how to find the
@@ -73,6 +75,17 @@ public:
     // empty, zero or false, not the value of a new field.
     QString XML() const;
     void setXML(const QString &Value);
+    // Reads the fragment from a reader of it, such as one nested in a
+    // trigger's.
+    void ReadXML(clsXML &Reader);
+
+    // The column of this field in a table of the internal database
+    // (TriggerSQL.cpp): "[" + trimmed InsertFieldName + "]" and the type of
+    // FieldType in brackets; an unknown FieldType gives no type.
+    QString ColumnDefinition(int Dialect) const;
+    // The column's line of a CREATE TABLE: four blanks, the definition, " ,"
+    // and CR LF.
+    QString FieldCreate(int Dialect) const;
 
     // Code tables: the stored code is the position in the list, so their
     // order is part of the format.
