@@ -1,6 +1,7 @@
 #include "Formatting.h"
 
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QStringList>
 #include <QUuid>
 #include <optional>
@@ -130,6 +131,17 @@ QTime SafeTime(const QVariant &Value)
     return QTime(0, 0);
 }
 
+bool IsNumeric(const QString &Text)
+{
+    static const QRegularExpression number(QStringLiteral(R"(^[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)?$)"));
+    return number.match(Text.trimmed()).hasMatch();
+}
+
+bool IsDate(const QString &Text)
+{
+    return ReadDateTime(Text).has_value();
+}
+
 QString UniqueName(const QDateTime &Now)
 {
     return Now.toString(QStringLiteral("yyyyMMdd_HHmmss_")) + Hex(QRandomGenerator::global()->bounded(0x10000u), 4);
@@ -138,6 +150,11 @@ QString UniqueName(const QDateTime &Now)
 QString GetGUID()
 {
     return QUuid::createUuid().toString(QUuid::WithBraces).toUpper();
+}
+
+QString GUIDDigits()
+{
+    return QUuid::createUuid().toString(QUuid::Id128).toUpper();
 }
 
 QString NewUniqueID(const QDateTime &Now)

@@ -30,12 +30,21 @@ QDateTime SafeDate(const QVariant &Value);
 // "H:mm[:ss]", "h:mm[:ss] AP" or any text SafeDate reads. Otherwise midnight.
 QTime SafeTime(const QVariant &Value);
 
+// True when the trimmed text is a decimal number: a sign, digits with at most
+// one point, and an exponent.
+bool IsNumeric(const QString &Text);
+// True when SafeDate reads a date from the text.
+bool IsDate(const QString &Text);
+
 // "yyyyMMdd_HHmmss_XXXX" with four random hexadecimal digits; names
 // temporary files.
 QString UniqueName(const QDateTime &Now = QDateTime::currentDateTime());
 
 // A new GUID as text, "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}", upper case.
 QString GetGUID();
+// A new GUID as 32 upper-case hexadecimal digits without separators: the
+// form of a message's MessageID and of the store's Guid column.
+QString GUIDDigits();
 
 // Identifier of a new account, trigger, field, action or folder: 11 upper-case
 // hexadecimal digits, four random, four for the fraction of the day gone (in

@@ -21,6 +21,14 @@ public:
     int IndexOf(const QString &Key) const { return m_index.value(Key.toLower(), -1) + 1; }
     bool Contains(const QString &Key) const { return m_index.contains(Key.toLower()); }
     QString KeyAt(int Index) const { return InRange(Index) ? m_items[Index - 1].key : QString(); }
+    // 1-based position of the first item for which Match(item) holds, 0 when none.
+    template <typename Match> int FirstIndex(Match match) const
+    {
+        for (int i = 0; i < Count(); ++i)
+            if (match(*m_items[i].item))
+                return i + 1;
+        return 0;
+    }
 
     // Adds at the end, or before the 1-based position Before when it is one.
     // An empty key adds the item without a key; a key already present is

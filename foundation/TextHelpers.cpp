@@ -85,11 +85,18 @@ QString QuoteName(const QString &Name)
     return u'\'' + Name + u'\'';
 }
 
-QString StripBrackets(const QString &Text)
+QString StripBrackets(const QString &Text, bool EachEnd)
 {
     static const QString opening = QStringLiteral("<[({");
     static const QString closing = QStringLiteral(">])}");
-    const QString text = Text.trimmed();
+    QString text = Text.trimmed();
+    if (EachEnd) {
+        if (!text.isEmpty() && opening.contains(text.front()))
+            text.remove(0, 1);
+        if (!text.isEmpty() && closing.contains(text.back()))
+            text.chop(1);
+        return text;
+    }
     if (text.size() < 2)
         return text;
     const qsizetype kind = opening.indexOf(text.front());
@@ -166,14 +173,18 @@ QString EntityDecode(const QString &Text)
 QString EntityEncode(const QString &Text, const QString &CodePage)
 {
     const bool latin1 = CodePage.trimmed().compare(QLatin1String("iso-8859-1"), Qt::CaseInsensitive) == 0;
-    const uint limit = latin1 ? 255 : 127;
+    return NumericReferencesAbove(Text, latin1 ? 255 : 127);
+}
+
+QString NumericReferencesAbove(const QString &Text, uint Limit)
+{
     QString encoded;
     encoded.reserve(Text.size());
     for (const uint code : Text.toUcs4()) {
-        if (code > limit)
+        if (code > Limit)
             encoded += QStringLiteral("&#") + QString::number(code) + u';';
         else
-            encoded += QChar(char16_t(code));
+            encoded += FromCodePoint(code);
     }
     return encoded;
 }
@@ -208,6 +219,26 @@ QString UnicodeRead(const QString &Path)
     const bool wide = marked == QStringConverter::Utf16LE || marked == QStringConverter::Utf16BE;
     QStringDecoder decoder(wide ? *marked : QStringConverter::Utf16LE);
     return decoder.decode(data);
+}
+
+void ShellSort(QStringList &Array, bool Descending, Qt::CaseSensitivity Case)
+{
+    const qsizetype count = Array.size();
+    const int order = Descending ? -1 : 1;
+    qsizetype gap = 1;
+    while (gap * 3 + 1 < count)
+        gap = gap * 3 + 1;
+    for (; gap >= 1; gap /= 3) {
+        for (qsizetype i = gap; i < count; ++i) {
+            QString value = std::move(Array[i]);
+            qsizetype j = i;
+            while (j >= gap && QString::compare(Array.at(j - gap), value, Case) * order > 0) {
+                Array[j] = std::move(Array[j - gap]);
+                j -= gap;
+            }
+            Array[j] = std::move(value);
+        }
+    }
 }
 
 QString SQLQuote(const QString &Text, int Dialect, bool Raw)

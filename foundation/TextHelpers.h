@@ -1,5 +1,6 @@
 #pragma once
 #include <QString>
+#include <QStringList>
 
 // Small text routines shared by the whole system.
 
@@ -19,8 +20,10 @@ QString QuoteName(const QString &Name);
 
 // The text without the blanks at both ends; tabs and line ends are kept.
 QStringView TrimBlanks(QStringView Text);
-// The trimmed text without one pair of <>, [], () or {} around it.
-QString StripBrackets(const QString &Text);
+// The trimmed text without one pair of <>, [], () or {} around it. With
+// EachEnd, one opening bracket at the start and one closing bracket at the
+// end are removed each by itself, so the two need not match.
+QString StripBrackets(const QString &Text, bool EachEnd = false);
 
 // Collapses runs of blanks to one blank.
 QString RemoveWhiteSpace(const QString &Text);
@@ -50,6 +53,8 @@ QString EntityDecode(const QString &Text);
 // "utf-8") cannot hold in one byte, so above 255 for iso-8859-1 and above 127
 // for utf-8.
 QString EntityEncode(const QString &Text, const QString &CodePage = QStringLiteral("utf-8"));
+// Every character whose code is above Limit as a numeric reference "&#233;".
+QString NumericReferencesAbove(const QString &Text, uint Limit);
 
 // The whole of a text file, read as UTF-8 (a BOM is honoured), or as
 // ISO-8859-1 when the bytes are no valid UTF-8. Empty when the file is missing
@@ -60,6 +65,10 @@ bool WriteTextFile(const QString &Path, const QString &Text);
 // The text of a 16-bit file with CR LF lines: little-endian unless a BOM says
 // otherwise; the BOM is not part of the text. Empty when unreadable.
 QString UnicodeRead(const QString &Path);
+
+// Shell's sort in place, gaps 1, 4, 13, 40, ..., ascending or descending,
+// comparing by code or without case.
+void ShellSort(QStringList &Array, bool Descending = false, Qt::CaseSensitivity Case = Qt::CaseSensitive);
 
 // A string literal for SQL of the given dialect (0 SQL Server, 1 and 2 with
 // CHAR(), 3 with CHR$(), 99 SQLite): "'" doubled unless Raw; in dialects

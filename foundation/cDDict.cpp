@@ -1,6 +1,7 @@
 #include "cDDict.h"
 #include "GlobalBlock.h"
 #include "Startup.h"
+#include "TextHelpers.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -170,21 +171,7 @@ bool cDDict::SaveDDICT()
 
 void cDDict::ShellSort(QStringList &Array)
 {
-    const qsizetype count = Array.size();
-    qsizetype gap = 1;
-    while (gap * 3 + 1 < count)
-        gap = gap * 3 + 1;
-    for (; gap >= 1; gap /= 3) {
-        for (qsizetype i = gap; i < count; ++i) {
-            QString value = std::move(Array[i]);
-            qsizetype j = i;
-            while (j >= gap && BinaryCompare(Array.at(j - gap), value) > 0) {
-                Array[j] = std::move(Array[j - gap]);
-                j -= gap;
-            }
-            Array[j] = std::move(value);
-        }
-    }
+    ::ShellSort(Array);
 }
 
 cDDict &DDict()
