@@ -1,0 +1,925 @@
+#include "clsMessageStore.h"
+#include "MimeMail.h"
+#include "StoreFiles.h"
+#include "clsEventLog.h"
+#include "clsMessage.h"
+#include "clsRowSet.h"
+#include "foundation/Formatting.h"
+#include "foundation/GlobalBlock.h"
+#include "foundation/Registry.h"
+#include "foundation/Startup.h"
+#include "foundation/TextHelpers.h"
+#include "model/GlobalCollections.h"
+#include "model/clsAccount.h"
+#include "model/clsAccountTrigger.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+#include <atomic>
+
+namespace {
+
+const QString StoreFile = QStringLiteral("MessageStore.db3");
+const QString QueueFile = QStringLiteral("EdgeQueue.db3");
+
+QString NewConnectionName(const QString &Role)
+{
+    static std::atomic<int> instances{0};
+    return QStringLiteral("Postvane%1.%2").arg(Role).arg(++instances);
+}
+
+QString Number(qint64 Value)
+{
+    return QString::number(Value);
+}
+
+QString YesNo(const QVariant &Value)
+{
+    return Value.toLongLong() != 0 ? QStringLiteral("Y") : QStringLiteral("N");
+}
+
+QString RowDate(const QVariant &Value)
+{
+    return SafeDate(Value).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+// Tabs and line ends close the fields and lines of row text; character 160
+// is what mail clients put where a blank was meant.
+QString CleanRowText(QString Text)
+{
+    Text.remove(u'\t').remove(u'\r').remove(u'\n').remove(QChar(160));
+    return Text;
+}
+
+// How the store writes "no account", "no trigger" and "no folder".
+QString StoredID(const QString &ID)
+{
+    return ID.isEmpty() ? QStringLiteral("-") : ID;
+}
+
+// MessageFlags of a new row, 0 unread or 2 read, as the account's
+// MarkAsReadType has it; a message of no account is read.
+int ReadFlags(const clsAccount *Account, bool IsRead)
+{
+    if (!Account)
+        return 2;
+    switch (Account->MarkAsReadType) {
+    case 0:
+        return 0;
+    case 1:
+        return 2;
+    default:
+        return IsRead ? 2 : 0;
+    }
+}
+
+// The body of a MIME text: what follows its header block, or the whole text
+// when it does not begin with one (a body whose headers were cut already).
+QString MimeBody(const QString &Text)
+{
+    const qsizetype blankLine = Text.indexOf(QStringLiteral("\r\n\r\n"));
+    if (blankLine < 0)
+        return Text;
+    static const QRegularExpression headerLine(QStringLiteral("^([!-9;-~]+:|[ \t])"));
+    const QStringList lines = Text.left(blankLine).split(QStringLiteral("\r\n"));
+    for (const QString &line : lines)
+        if (!headerLine.match(line).hasMatch())
+            return Text;
+    return Text.mid(blankLine + 4);
+}
+
+// Message files of the built-in mail server's public folders.
+void RemoveMessageFiles(const QString &Pattern)
+{
+    QDir folder(Global.DataPath + QStringLiteral("IMAP/Public/"));
+    for (const QString &name : folder.entryList({Pattern}, QDir::Files))
+        folder.remove(name);
+}
+
+} // namespace
+
+clsMessageStore::clsMessageStore()
+    : Dialect(Global.DatabaseKind)
+    , m_store(NewConnectionName(QStringLiteral("Store")))
+    , m_reader(NewConnectionName(QStringLiteral("StoreReader")))
+    , m_queue(NewConnectionName(QStringLiteral("Queue")))
+{
+}
+
+clsMessageStore::~clsMessageStore()
+{
+    CloseMessageStore();
+}
+
+// Opening and closing ----------------------------------------------------
+
+bool clsMessageStore::OpenMessageStore()
+{
+    for (int attempt = 1; attempt <= OpenAttempts; ++attempt) {
+        if (OpenOnce())
+            return true;
+        LogError(QStringLiteral("OpenMessageStore"),
+                 QStringLiteral("Could not open message store will retry ") + Number(attempt));
+        if (attempt < OpenAttempts)
+            Wait(8);
+    }
+    return false;
+}
+
+bool clsMessageStore::OpenOnce()
+{
+    CloseMessageStore();
+    if (Dialect == 99 ? OpenSQLiteFiles() : OpenServer())
+        return true;
+    CloseMessageStore();
+    return false;
+}
+
+bool clsMessageStore::OpenSQLiteFiles()
+{
+    const QString store = Global.DataPath + StoreFile;
+    const QString queue = Global.DataPath + QueueFile;
+    // The writer opens first, so that the WAL files are there for the
+    // read-only reader.
+    return EnsureDatabaseFile(store, StoreFile, &LastError) && EnsureDatabaseFile(queue, QueueFile, &LastError)
+        && OpenSQLite(m_store, store, false, &LastError) && OpenSQLite(m_reader, store, true, &LastError)
+        && OpenSQLite(m_queue, queue, false, &LastError);
+}
+
+bool clsMessageStore::OpenServer()
+{
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), m_store);
+    db.setDatabaseName(Global.DBConnection);
+    if (db.open())
+        return true;
+    LastError = db.lastError().text();
+    return false;
+}
+
+void clsMessageStore::CloseMessageStore()
+{
+    CloseConnection(m_store);
+    CloseConnection(m_reader);
+    CloseConnection(m_queue);
+}
+
+bool clsMessageStore::REOpenDatabase()
+{
+    CloseMessageStore();
+    return OpenMessageStore();
+}
+
+bool clsMessageStore::UpdateDatabaseSchema()
+{
+    if (Global.DBVersion >= GlobalBlock::CurrentDBVersion)
+        return true;
+    const QStringList statements = Dialect == 99
+        ? QStringList{QStringLiteral("ALTER TABLE MessageStore ADD [Guid] VARCHAR (32);"),
+                      QStringLiteral("ALTER TABLE MessageStore ADD [MessageSize] INTEGER;"),
+                      QStringLiteral("ALTER TABLE MessageStore ADD [MessageDigest] VARCHAR(1000);"),
+                      QStringLiteral("ALTER TABLE MessageStore Add [AttachmentNames] VARCHAR(1000);"),
+                      QStringLiteral("CREATE INDEX [MessageStore_key6] ON [MessageStore]([Guid]);")}
+        : QStringList{QStringLiteral("ALTER TABLE MessageStore ADD [Guid] CHAR (32),[MessageSize] INTEGER DEFAULT 0,"
+                                     "[MessageDigest] VARCHAR(1000),[AttachmentNames] VarChar(1000)"),
+                      QStringLiteral("CREATE INDEX MessageStore_key6 ON MessageStore([Guid])")};
+    for (const QString &sql : statements) {
+        QSqlQuery query(QSqlDatabase::database(m_store, false));
+        if (query.exec(sql))
+            continue;
+        LastError = query.lastError().text();
+        if (!LastError.contains(QStringLiteral("table must be unique"))
+            && !LastError.contains(QStringLiteral("duplicate column name"))) {
+            LogError(QStringLiteral("UpdateDatabaseSchema"), LastError);
+            return false;
+        }
+        break; // the columns are there: an earlier upgrade got this far
+    }
+    Global.DBVersion = GlobalBlock::CurrentDBVersion;
+    SaveMachineSetting(QStringLiteral("Settings"), QStringLiteral("DBVersion"), Global.DBVersion);
+    return true;
+}
+
+// Statements -------------------------------------------------------------
+
+qint64 clsMessageStore::Run(const QString &Connection, const QString &SQL, const QString &Routine)
+{
+    QSqlQuery query(QSqlDatabase::database(Connection, false));
+    if (!query.exec(SQL)) {
+        LastError = query.lastError().text();
+        LogError(Routine, LastError);
+        return -1;
+    }
+    return qMax(0, query.numRowsAffected());
+}
+
+std::optional<QSqlQuery> clsMessageStore::Select(const QString &Connection, const QString &SQL, const QString &Routine)
+{
+    QSqlQuery query(QSqlDatabase::database(Connection, false));
+    query.setForwardOnly(true);
+    if (query.exec(SQL))
+        return query;
+    LastError = query.lastError().text();
+    LogError(Routine, LastError);
+    return std::nullopt;
+}
+
+std::optional<QVariant> clsMessageStore::Scalar(const QString &Connection, const QString &SQL, const QString &Routine)
+{
+    auto query = Select(Connection, SQL, Routine);
+    if (!query)
+        return std::nullopt;
+    return query->next() ? query->value(0) : QVariant();
+}
+
+bool clsMessageStore::RunAll(const QString &Connection, const QStringList &Statements, const QString &Routine)
+{
+    bool ok = true;
+    for (const QString &sql : Statements)
+        ok = Run(Connection, sql, Routine) >= 0 && ok;
+    return ok;
+}
+
+qint64 clsMessageStore::AddRow(const QString &Table, const QVariantMap &Values, const QString &Routine)
+{
+    clsRowSet row(m_store);
+    bool ok = row.Open(Table, QStringLiteral("1=0"));
+    if (ok) {
+        row.AddNew();
+        for (auto it = Values.cbegin(); ok && it != Values.cend(); ++it)
+            ok = row.setField(it.key(), it.value());
+        ok = ok && row.Update();
+    }
+    if (ok)
+        return row.Field(QStringLiteral("RecordNo")).toLongLong();
+    LastError = row.LastError;
+    LogError(Routine, LastError);
+    return -1;
+}
+
+qint64 clsMessageStore::Execute(const QString &SQL)
+{
+    return Run(m_store, SQL, QStringLiteral("Execute"));
+}
+
+qint64 clsMessageStore::ExecuteEQ(const QString &SQL)
+{
+    return Run(QueueConnection(), SQL, QStringLiteral("ExecuteEQ"));
+}
+
+bool clsMessageStore::BeginTransaction()
+{
+    if (Dialect != 99)
+        return true;
+    m_inTransaction
+        = Run(m_store, QStringLiteral("BEGIN IMMEDIATE TRANSACTION"), QStringLiteral("BeginTransaction")) >= 0;
+    return m_inTransaction;
+}
+
+bool clsMessageStore::EndTransaction()
+{
+    if (Dialect != 99)
+        return true;
+    m_inTransaction = false;
+    return Run(m_store, QStringLiteral("COMMIT TRANSACTION"), QStringLiteral("EndTransaction")) >= 0;
+}
+
+void clsMessageStore::RollbackTransaction()
+{
+    m_inTransaction = false;
+    Run(m_store, QStringLiteral("ROLLBACK TRANSACTION"), QStringLiteral("RollbackTransaction"));
+}
+
+bool clsMessageStore::ResetEdgeQueue()
+{
+    if (Dialect != 99)
+        return true;
+    const QString routine = QStringLiteral("ResetEdgeQueue");
+    if (Run(m_queue, QStringLiteral("DELETE FROM EdgeQueue WHERE Processed=1"), routine) < 0)
+        return false;
+    const auto processed = Scalar(m_queue, QStringLiteral("SELECT COUNT(*) FROM EdgeQueue WHERE Processed=1"), routine);
+    const auto all = Scalar(m_queue, QStringLiteral("SELECT COUNT(*) FROM EdgeQueue"), routine);
+    if (!processed || !all)
+        return false;
+    if (processed->toLongLong() != all->toLongLong())
+        return true;
+    // The file shrinks in place. Deleting it and copying the blank back
+    // would lose what other processes write meanwhile: they go on writing
+    // into the deleted file.
+    return Run(m_queue, QStringLiteral("VACUUM"), routine) >= 0
+        && Run(m_queue, QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"), routine) >= 0;
+}
+
+// Statement text ---------------------------------------------------------
+
+QString clsMessageStore::Quote(const QString &Text) const
+{
+    constexpr int Plain = 0;
+    constexpr int SQLServer = 1;
+    return SQLQuote(Text, Dialect == 99 ? Plain : SQLServer);
+}
+
+QString clsMessageStore::DateLiteral(const QDate &Date) const
+{
+    const QString day = Date.toString(QStringLiteral("yyyy-MM-dd"));
+    return Dialect == 99 ? u'\'' + day + QStringLiteral(" 00:00:00'")
+                         : QStringLiteral("{ d '") + day + QStringLiteral("'}");
+}
+
+QString clsMessageStore::DateLiteral(const QDate &Date, const QString &Time) const
+{
+    const QString stamp = Date.toString(QStringLiteral("yyyy-MM-dd")) + u' ' + Time;
+    return Dialect == 99 ? u'\'' + stamp + u'\'' : QStringLiteral("{ ts '") + stamp + QStringLiteral("'}");
+}
+
+QString clsMessageStore::DateTimeLiteral(const QDateTime &Value) const
+{
+    return DateLiteral(Value.date(), Value.time().toString(QStringLiteral("HH:mm:ss")));
+}
+
+QString clsMessageStore::SelectFirst(const QString &Columns, const QString &Rest) const
+{
+    return Dialect == 99
+        ? QStringLiteral("SELECT ") + Columns + QStringLiteral(" FROM ") + Rest + QStringLiteral(" LIMIT 1")
+        : QStringLiteral("SELECT TOP 1 ") + Columns + QStringLiteral(" FROM ") + Rest;
+}
+
+QString clsMessageStore::SearchCondition(const QString &Columns, const QString &SearchText) const
+{
+    QString pattern = SearchText;
+    if (!pattern.startsWith(u'%'))
+        pattern.prepend(u'%');
+    if (!pattern.endsWith(u'%'))
+        pattern.append(u'%');
+    QStringList tests;
+    for (const QString &column : Columns.split(u','))
+        tests << column + QStringLiteral(" LIKE ") + Quote(pattern);
+    return u'(' + tests.join(QStringLiteral(" OR ")) + u')';
+}
+
+// Deleting ---------------------------------------------------------------
+
+qint64 clsMessageStore::DeleteOldMessages(const QString &AccountID, const QDateTime &Before)
+{
+    return Run(m_store,
+               QStringLiteral("DELETE FROM MessageStore WHERE AccountID=") + Quote(AccountID)
+                   + QStringLiteral(" AND MessageDate < ") + DateTimeLiteral(Before),
+               QStringLiteral("DeleteOldMessages"));
+}
+
+bool clsMessageStore::DeleteMessages(const QString &AccountID, const QString &TriggerID)
+{
+    const QString routine = QStringLiteral("DeleteMessages");
+    const QString account = QStringLiteral(" WHERE AccountID=") + Quote(AccountID);
+    if (!TriggerID.isEmpty()) {
+        const bool stored = Run(m_store,
+                                QStringLiteral("DELETE FROM MessageStore") + account + QStringLiteral(" AND TriggerID=")
+                                    + Quote(TriggerID),
+                                routine)
+            >= 0;
+        return DeleteScheduledEmails(AccountID, TriggerID) >= 0 && stored;
+    }
+    bool ok = RunAll(m_store,
+                     {QStringLiteral("DELETE FROM MessageStore") + account,
+                      QStringLiteral("DELETE FROM Folders") + account, QStringLiteral("DELETE FROM Pending") + account},
+                     routine);
+    ok = Run(QueueConnection(), QStringLiteral("DELETE FROM EdgeQueue") + account, routine) >= 0 && ok;
+    ok = DeleteScheduledEmails(AccountID) >= 0 && ok;
+    RemoveMessageFiles(QStringLiteral("msg_") + AccountID + QStringLiteral("*.eml"));
+    return ok;
+}
+
+qint64 clsMessageStore::DeleteScheduledEmails(const QString &AccountID, const QString &TriggerID,
+                                              const QString &SearchText)
+{
+    QString sql = QStringLiteral("DELETE FROM Outbox WHERE (Scheduled<>0) AND (AccountID=") + Quote(AccountID)
+        + QStringLiteral(") ");
+    if (!TriggerID.isEmpty())
+        sql += QStringLiteral("AND (TriggerID=") + Quote(TriggerID) + u')';
+    if (!SearchText.isEmpty())
+        sql += QStringLiteral(" AND ") + SearchCondition(QStringLiteral("Subject,MailFrom,MailTo"), SearchText);
+    return Run(m_store, sql.trimmed(), QStringLiteral("DeleteScheduledEmails"));
+}
+
+bool clsMessageStore::ClearAllMailStore(const QString &OrganizationID)
+{
+    const QString narrow
+        = OrganizationID.isEmpty() ? QString() : QStringLiteral(" WHERE OrganizationID=") + Quote(OrganizationID);
+    QStringList statements;
+    for (const char *table : {"MessageStore", "Pending", "DaySummary", "DaySummaryToken", "DaySummaryTokenTypes"})
+        statements << QStringLiteral("DELETE FROM ") + QLatin1String(table) + narrow;
+    const bool ok = RunAll(m_store, statements, QStringLiteral("ClearAllMailStore"));
+    if (OrganizationID.isEmpty()) {
+        RemoveMessageFiles(QStringLiteral("msg_*.eml"));
+    } else {
+        for (const clsAccount *account : Accounts())
+            if (account->OrganizationID == OrganizationID)
+                RemoveMessageFiles(QStringLiteral("msg_") + account->AccountID + QStringLiteral("*.eml"));
+    }
+    return ok;
+}
+
+bool clsMessageStore::DeleteUser(const QString &UserID)
+{
+    const QString user = QStringLiteral(" WHERE UserID=") + Quote(UserID);
+    return RunAll(m_store,
+                  {QStringLiteral("DELETE FROM Users") + user, QStringLiteral("DELETE FROM Folders") + user,
+                   QStringLiteral("DELETE FROM FolderFlags") + user, QStringLiteral("DELETE FROM MessageFlags") + user,
+                   QStringLiteral("DELETE FROM MessageStore WHERE AccountID=") + Quote(UserID)},
+                  QStringLiteral("DeleteUser"));
+}
+
+bool clsMessageStore::DeleteOrganization(const QString &ID)
+{
+    const QString routine = QStringLiteral("DeleteOrganization");
+    const QString organization = QStringLiteral(" WHERE OrganizationID=") + Quote(ID);
+    QStringList statements;
+    for (const char *table : {"Users", "Folders", "Pending", "MessageStore", "DaySummary", "DaySummaryToken"})
+        statements << QStringLiteral("DELETE FROM ") + QLatin1String(table) + organization;
+    bool ok = RunAll(m_store, statements, routine);
+    for (const clsAccount *account : Accounts()) {
+        if (account->OrganizationID != ID)
+            continue;
+        const QString ofAccount = QStringLiteral(" WHERE AccountID=") + Quote(account->AccountID);
+        ok = Run(QueueConnection(), QStringLiteral("DELETE FROM EdgeQueue") + ofAccount, routine) >= 0 && ok;
+        ok = Run(m_store, QStringLiteral("DELETE FROM Outbox") + ofAccount, routine) >= 0 && ok;
+    }
+    return ok;
+}
+
+// Message sets -----------------------------------------------------------
+
+QString clsMessageStore::MessageSetWhere(const MessageSetFilter &Filter) const
+{
+    const bool isUser = !Filter.AccountID.isEmpty() && Users().UserNoFromID(Filter.AccountID) > 0;
+    bool publicFolder = false;
+    if (!Filter.FolderID.isEmpty()) {
+        const int folderNo = UserFolders().FolderNoFromID(Filter.FolderID);
+        publicFolder = folderNo > 0 && UserFolders().Item(folderNo)->UserID.isEmpty();
+    }
+
+    QString clause;
+    if (!Filter.TriggerID.isEmpty()) {
+        clause = QStringLiteral("(TriggerID=") + Quote(Filter.TriggerID) + u')';
+    } else if (!Filter.AccountID.isEmpty()) {
+        // Messages of no account stay visible in an account's view; a user
+        // sees a public folder whole.
+        if (!isUser)
+            clause = QStringLiteral("(AccountID IN (") + Quote(Filter.AccountID) + QStringLiteral(",'','-'))");
+        else if (!publicFolder)
+            clause = QStringLiteral("(AccountID=") + Quote(Filter.AccountID) + u')';
+    }
+    if (Filter.ErrorsOnly)
+        clause += QStringLiteral(" AND (TriggerSuccess=0)");
+    if (Filter.MatchesOnly)
+        clause += QStringLiteral(" AND (TriggerMatch<>0)");
+    if (!Filter.SearchText.isEmpty())
+        clause += QStringLiteral(" AND ")
+            + SearchCondition(QStringLiteral("Subject,FromAddress,ToAddress"), Filter.SearchText);
+    if (Filter.FromDate > QDate(2000, 1, 1) || Filter.ToDate < QDate::currentDate())
+        clause += QStringLiteral(" AND (MessageDate BETWEEN ")
+            + DateLiteral(Filter.FromDate, QStringLiteral("00:00:00")) + QStringLiteral(" AND ")
+            + DateLiteral(Filter.ToDate, QStringLiteral("23:59:59")) + u')';
+    if (Filter.FolderID.size() > 1)
+        clause += QStringLiteral(" AND (FolderID=") + Quote(Filter.FolderID) + u')';
+    if (!Filter.OrganizationID.isEmpty())
+        clause += QStringLiteral(" AND (OrganizationID=") + Quote(Filter.OrganizationID) + u')';
+
+    clause = clause.trimmed();
+    if (clause.startsWith(QStringLiteral("AND ")))
+        clause.remove(0, 4);
+    return clause;
+}
+
+QString clsMessageStore::MessageSetSQL(const MessageSetFilter &Filter, qint64 FirstRow, qint64 LastRow) const
+{
+    const qint64 first = FirstRow == 0 ? 1 : FirstRow;
+    const qint64 last = LastRow == 0 ? 200 : LastRow;
+    const QString columns
+        = QStringLiteral("RecordNo,AccountID,FolderID,Subject,FromAddress,ToAddress,Importance,Sensitivity,"
+                         "MessageDate,MessageFlags,ProcessedDate,TriggerID,TriggerMatch,TriggerSuccess,"
+                         "TriggerError,Attachments");
+    const QString where = MessageSetWhere(Filter);
+    const QString pageSize = Number(last - first + 1);
+
+    if (Dialect == 99)
+        return QStringLiteral("SELECT ") + columns + QStringLiteral(" FROM MessageStore WHERE ") + where
+            + QStringLiteral(" ORDER BY MessageDate DESC LIMIT ") + pageSize + QStringLiteral(" OFFSET ")
+            + Number(first - 1);
+
+    if (!Global.DBConnection.toLower().contains(QStringLiteral("sqloledb")))
+        return QStringList{
+            QStringLiteral("WITH PagedPostvane "), QStringLiteral("AS ("),
+            QStringLiteral("SELECT ") + columns
+                + QStringLiteral(",ROW_NUMBER() OVER(ORDER BY MessageDate DESC) AS Row FROM MessageStore "),
+            QStringLiteral("WHERE ") + where + u')',
+            QStringLiteral("SELECT * FROM PagedPostvane WHERE Row BETWEEN ") + Number(first) + QStringLiteral(" AND ")
+                + Number(last)}
+            .join(QStringLiteral("\r\n"));
+
+    // The old provider has no ROW_NUMBER: skip the rows before the page by RecordNo.
+    QString clause = where;
+    if (first > 1)
+        clause = QStringLiteral("RecordNo > (SELECT TOP 1 RecordNo FROM (SELECT TOP ") + Number(first - 1)
+            + QStringLiteral(" RecordNo FROM MessageStore WHERE ") + where
+            + QStringLiteral(" ORDER BY RecordNo ASC) AS A ORDER BY A.MessageDate DESC) AND ") + where;
+    return QStringLiteral("SELECT TOP ") + pageSize + QStringLiteral(" * FROM MessageStore WHERE ") + clause
+        + QStringLiteral(" ORDER BY MessageDate DESC");
+}
+
+qint64 clsMessageStore::CountMessageSet(const MessageSetFilter &Filter)
+{
+    const auto count = Scalar(
+        ReaderConnection(), QStringLiteral("SELECT COUNT(RecordNo) FROM MessageStore WHERE ") + MessageSetWhere(Filter),
+        QStringLiteral("CountMessageSet"));
+    return count ? count->toLongLong() : -1;
+}
+
+QString clsMessageStore::GetMessageSet(const MessageSetFilter &Filter, qint64 FirstRow, qint64 LastRow)
+{
+    auto query = Select(ReaderConnection(), MessageSetSQL(Filter, FirstRow, LastRow), QStringLiteral("GetMessageSet"));
+    if (!query)
+        return QString();
+    QString text;
+    while (query->next()) {
+        const QSqlRecord row = query->record();
+        const QStringList fields{row.value(QStringLiteral("RecordNo")).toString(),
+                                 row.value(QStringLiteral("Importance")).toString(),
+                                 YesNo(row.value(QStringLiteral("Attachments"))),
+                                 row.value(QStringLiteral("FolderID")).toString(),
+                                 CleanRowText(row.value(QStringLiteral("FromAddress")).toString()),
+                                 CleanRowText(row.value(QStringLiteral("Subject")).toString()),
+                                 RowDate(row.value(QStringLiteral("MessageDate"))),
+                                 RowDate(row.value(QStringLiteral("ProcessedDate"))),
+                                 Number(row.value(QStringLiteral("MessageFlags")).toLongLong()),
+                                 YesNo(row.value(QStringLiteral("TriggerMatch"))),
+                                 YesNo(row.value(QStringLiteral("TriggerSuccess"))),
+                                 row.value(QStringLiteral("TriggerError")).toString()};
+        for (const QString &field : fields)
+            text += field + u'\t';
+        text += u'\n';
+    }
+    return text;
+}
+
+qint64 clsMessageStore::DeleteMessageSet(const MessageSetFilter &Filter)
+{
+    return Run(m_store, QStringLiteral("DELETE FROM MessageStore WHERE ") + MessageSetWhere(Filter),
+               QStringLiteral("DeleteMessageSet"));
+}
+
+qint64 clsMessageStore::MarkAllAsRead(const MessageSetFilter &Filter)
+{
+    return Run(m_store,
+               QStringLiteral("UPDATE MessageStore Set MessageFlags=2 WHERE ") + MessageSetWhere(Filter)
+                   + QStringLiteral(" AND (MessageFlags<>2)"),
+               QStringLiteral("MarkAllAsRead"));
+}
+
+bool clsMessageStore::MarkAsRead(qint64 RecordNo)
+{
+    return Run(m_store, QStringLiteral("UPDATE MessageStore SET MessageFlags = 2 WHERE RecordNo=") + Number(RecordNo),
+               QStringLiteral("MarkAsRead"))
+        >= 0;
+}
+
+bool clsMessageStore::MarkAsUnRead(qint64 RecordNo)
+{
+    return Run(m_store, QStringLiteral("UPDATE MessageStore SET MessageFlags = 0 WHERE RecordNo=") + Number(RecordNo),
+               QStringLiteral("MarkAsUnRead"))
+        >= 0;
+}
+
+bool clsMessageStore::DeleteMessage(qint64 RecordNo)
+{
+    return Run(m_store, QStringLiteral("DELETE FROM MessageStore WHERE (RecordNo=") + Number(RecordNo) + u')',
+               QStringLiteral("DeleteMessage"))
+        >= 0;
+}
+
+bool clsMessageStore::MoveMessage(qint64 RecordNo, const QString &FolderID, const QString &ToFolderID,
+                                  const QString &AccountID)
+{
+    return Run(m_store,
+               QStringLiteral("UPDATE MessageStore Set FolderID = ") + Quote(ToFolderID)
+                   + QStringLiteral(", AccountID = ") + Quote(StoredID(AccountID)) + QStringLiteral(" WHERE (FolderID=")
+                   + Quote(FolderID) + QStringLiteral(") AND (RecordNo=") + Number(RecordNo) + u')',
+               QStringLiteral("MoveMessage"))
+        >= 0;
+}
+
+QDateTime clsMessageStore::GetLastMSGDate(const QString &AccountID, const QString &Source)
+{
+    const QString routine = QStringLiteral("GetLastMSGDate");
+    QString condition = QStringLiteral(" WHERE (AccountID=") + Quote(AccountID) + u')';
+    if (!Source.isEmpty())
+        condition += QStringLiteral(" AND (Source=") + Quote(Source) + u')';
+    condition += QStringLiteral(" ORDER BY MessageDate DESC");
+    QDateTime newest = NoDate();
+    const std::pair<QString, QString> tables[]
+        = {{ReaderConnection(), QStringLiteral("MessageStore")}, {QueueConnection(), QStringLiteral("EdgeQueue")}};
+    for (const auto &[connection, table] : tables) {
+        const auto date = Scalar(connection, SelectFirst(QStringLiteral("MessageDate"), table + condition), routine);
+        if (date && !date->isNull())
+            newest = qMax(newest, SafeDate(*date));
+    }
+    return newest;
+}
+
+qint64 clsMessageStore::GetMessageStoreCount(const QDate &Day, const QString &OrganizationID)
+{
+    QString sql = QStringLiteral("SELECT Count(*) FROM MessageStore WHERE ProcessedDate BETWEEN ")
+        + DateLiteral(Day, QStringLiteral("00:00:00")) + QStringLiteral(" AND ")
+        + DateLiteral(Day, QStringLiteral("23:59:59"));
+    if (!OrganizationID.isEmpty())
+        sql += QStringLiteral(" AND OrganizationID=") + Quote(OrganizationID);
+    const auto count = Scalar(ReaderConnection(), sql, QStringLiteral("GetMessageStoreCount"));
+    return count ? count->toLongLong() : -1;
+}
+
+qint64 clsMessageStore::GetMessageStoreTotalCount(const QString &OrganizationID)
+{
+    QString sql = QStringLiteral("SELECT Count(*) FROM MessageStore");
+    if (!OrganizationID.isEmpty())
+        sql += QStringLiteral(" WHERE OrganizationID=") + Quote(OrganizationID);
+    const auto count = Scalar(ReaderConnection(), sql, QStringLiteral("GetMessageStoreTotalCount"));
+    return count ? count->toLongLong() : -1;
+}
+
+// Stored messages --------------------------------------------------------
+
+// The row and its day counts are one transaction: one commit to disk per
+// message, and never a message counted but not stored.
+qint64 clsMessageStore::AddToMailStore(const clsMessage &Message)
+{
+    const bool ownTransaction = Dialect == 99 && !m_inTransaction;
+    if (ownTransaction && !BeginTransaction())
+        return 0;
+    const qint64 recordNo = AddMessageRow(Message);
+    if (ownTransaction) {
+        if (recordNo > 0 && EndTransaction())
+            return recordNo;
+        RollbackTransaction();
+        return 0;
+    }
+    return recordNo;
+}
+
+qint64 clsMessageStore::AddMessageRow(const clsMessage &Message)
+{
+    const QString routine = QStringLiteral("AddToMailStore");
+    const clsAccount *account = Message.Account;
+    const QString accountID = StoredID(account ? account->AccountID : QString());
+    QString folderID = Message.FolderID;
+    if (folderID.isEmpty() && account)
+        folderID = UserFolders().AccountRootFolderID(account->AccountID);
+    const bool storeFull = !account || account->StoreFull;
+    const QString organization = Message.OrganizationID();
+
+    const qint64 recordNo
+        = AddRow(QStringLiteral("MessageStore"),
+                 {{QStringLiteral("AccountID"), accountID},
+                  {QStringLiteral("OrganizationID"), organization},
+                  {QStringLiteral("Source"), Message.Source},
+                  {QStringLiteral("UID"), Message.MessageID},
+                  {QStringLiteral("Subject"), Message.Subject.left(1000)},
+                  {QStringLiteral("FromAddress"), Message.From.left(250)},
+                  {QStringLiteral("ToAddress"), Message.ToAddress.left(250)},
+                  {QStringLiteral("MessageDate"), Message.Dated},
+                  {QStringLiteral("Importance"), Message.Importance.left(1)},
+                  {QStringLiteral("Sensitivity"), Message.Sensitivity.left(1)},
+                  {QStringLiteral("TriggerID"), StoredID(Message.Trigger() ? Message.Trigger()->TriggerID : QString())},
+                  {QStringLiteral("TriggerMatch"), Message.TriggerConditionPassed},
+                  {QStringLiteral("TriggerSuccess"), Message.ErrorCount == 0},
+                  {QStringLiteral("TriggerError"), Message.LastError.left(250)},
+                  {QStringLiteral("Body"), storeFull ? MimeBody(Message.MessageText) : Message.Body},
+                  {QStringLiteral("Headers"), Message.MessageHeader()},
+                  {QStringLiteral("Attachments"), Message.Attachments.Count() > 0},
+                  {QStringLiteral("HasFullBody"), storeFull},
+                  {QStringLiteral("ProcessedDate"), QDateTime::currentDateTime()},
+                  {QStringLiteral("MessageFlags"), ReadFlags(account, Message.IsRead)},
+                  {QStringLiteral("FolderID"), StoredID(folderID)},
+                  {QStringLiteral("Keywords"), Message.Keywords},
+                  {QStringLiteral("Guid"), Message.LinkGUID()},
+                  {QStringLiteral("MessageSize"), Message.Size},
+                  {QStringLiteral("MessageDigest"), Message.Digest()},
+                  {QStringLiteral("AttachmentNames"), Message.Attachments.List().left(1000)}},
+                 routine);
+    if (recordNo <= 0)
+        return 0;
+    UpdateDaySummary(organization, accountID, true, Message.Size);
+    UpdateDaySummaryTokens(Message);
+    return recordNo;
+}
+
+QString clsMessageStore::GetMessage(qint64 RecordNo, bool UIDOnly)
+{
+    const QString routine = QStringLiteral("GetMessage");
+    if (UIDOnly) {
+        const auto uid
+            = Scalar(ReaderConnection(),
+                     QStringLiteral("SELECT UID FROM MessageStore WHERE RecordNo=") + Number(RecordNo), routine);
+        return uid ? uid->toString() : QString();
+    }
+    QSqlRecord row;
+    {
+        auto query = Select(ReaderConnection(),
+                            QStringLiteral("SELECT * FROM MessageStore WHERE RecordNo=") + Number(RecordNo), routine);
+        if (!query || !query->next())
+            return QString();
+        row = query->record();
+    }
+    QString headers = row.value(QStringLiteral("Headers")).toString();
+    while (headers.endsWith(u'\n') || headers.endsWith(u'\r'))
+        headers.chop(1);
+    MimeMail mail;
+    mail.LoadMime(headers + QStringLiteral("\r\n\r\n") + row.value(QStringLiteral("Body")).toString());
+    mail.SetHeader(QStringLiteral("Postvane-ProcessedDate"), RowDate(row.value(QStringLiteral("ProcessedDate"))));
+    mail.SetHeader(QStringLiteral("Postvane-TriggerMatch"), YesNo(row.value(QStringLiteral("TriggerMatch"))));
+    mail.SetHeader(QStringLiteral("Postvane-TriggerSuccess"), YesNo(row.value(QStringLiteral("TriggerSuccess"))));
+    const QString error = row.value(QStringLiteral("TriggerError")).toString();
+    if (!error.isEmpty())
+        mail.SetHeader(QStringLiteral("Postvane-TriggerError"), error);
+    const QString guid = row.value(QStringLiteral("Guid")).toString().trimmed();
+    if (!guid.isEmpty())
+        mail.SetHeader(QStringLiteral("Postvane-URL"),
+                       EnsureTrailing(Global.Settings.WebServicesURL, QStringLiteral("/"))
+                           + QStringLiteral("viewmessage.aspx?id=")
+                           + row.value(QStringLiteral("OrganizationID")).toString() + guid);
+    mail.AddTextAttachment(QStringLiteral("ProcessLog.log"),
+                           GetMessageLogs(row.value(QStringLiteral("UID")).toString()));
+    mail.RemoveHeader(QStringLiteral("X-Mailer"));
+    mail.RemoveHeader(QStringLiteral("X-MimeOLE"));
+    const QString mime = mail.GetMimeText();
+    Run(m_store, QStringLiteral("UPDATE MessageStore SET MessageFlags=2 WHERE RecordNo=") + Number(RecordNo), routine);
+    return mime;
+}
+
+QString clsMessageStore::GetMessageLogs(const QString &UID)
+{
+    QStringList logs;
+    for (const QString &name : {QStringLiteral("EdgeServerLog.db3"), QStringLiteral("MessageServerLog.db3")}) {
+        // Reading must not make a log that the services never wrote.
+        if (!QFileInfo::exists(Global.DataPath + Global.ProductName + name))
+            continue;
+        clsEventLog log;
+        log.setFileName(Global.ProductName + name);
+        const QString lines = log.GetLogsForUID(UID);
+        if (!lines.isEmpty())
+            logs << lines;
+    }
+    return logs.join(u'\n');
+}
+
+// Day summary ------------------------------------------------------------
+
+bool clsMessageStore::UpdateDaySummary(const QString &OrganizationID, const QString &AccountID, bool Incoming,
+                                       qint64 Bytes)
+{
+    const QString routine = QStringLiteral("UpdateDaySummary");
+    const QDateTime now = QDateTime::currentDateTime();
+    const QString condition = QStringLiteral(" WHERE AccountID=") + Quote(AccountID) + QStringLiteral(" AND Dated=")
+        + DateLiteral(now.date());
+    // Counting up inside the statement keeps the count right when two
+    // processes count at once.
+    const QString sql = Incoming ? QStringLiteral("UPDATE DaySummary SET MessagesIn=MessagesIn+1,BytesIn=BytesIn+")
+            + Number(Bytes) + QStringLiteral(",LastTime=") + DateTimeLiteral(now) + condition
+                                 : QStringLiteral("UPDATE DaySummary SET MessagesOut=MessagesOut+1,BytesIn=BytesIn+")
+            + Number(Bytes) + condition;
+    const qint64 updated = Run(m_store, sql, routine);
+    if (updated != 0)
+        return updated > 0;
+    return 0 <= AddRow(QStringLiteral("DaySummary"),
+                       {{QStringLiteral("OrganizationID"), OrganizationID},
+                        {QStringLiteral("AccountID"), AccountID},
+                        {QStringLiteral("Dated"), now.date()},
+                        {QStringLiteral("LastTime"), now},
+                        {QStringLiteral("MessagesIn"), Incoming ? 1 : 0},
+                        {QStringLiteral("MessagesOut"), Incoming ? 0 : 1},
+                        {QStringLiteral("BytesIn"), Bytes}},
+                       routine);
+}
+
+bool clsMessageStore::UpdateDaySummaryToken(const QString &OrganizationID, const QString &AccountID, int TokenType,
+                                            const QString &Token, qint64 Count)
+{
+    if (Token.isEmpty())
+        return true;
+    const QString routine = QStringLiteral("UpdateDaySummaryToken");
+    const QDate today = QDate::currentDate();
+    const QString token = Token.left(250);
+    const qint64 updated = Run(
+        m_store,
+        QStringLiteral("UPDATE DaySummaryToken SET Count=Count+") + Number(Count) + QStringLiteral(" WHERE AccountID=")
+            + Quote(AccountID) + QStringLiteral(" AND TokenType=") + Number(TokenType) + QStringLiteral(" AND Token=")
+            + Quote(token) + QStringLiteral(" AND Dated=") + DateLiteral(today),
+        routine);
+    if (updated != 0)
+        return updated > 0;
+    return 0 <= AddRow(QStringLiteral("DaySummaryToken"),
+                       {{QStringLiteral("OrganizationID"), OrganizationID},
+                        {QStringLiteral("AccountID"), AccountID},
+                        {QStringLiteral("TokenType"), TokenType},
+                        {QStringLiteral("Token"), token},
+                        {QStringLiteral("Dated"), today},
+                        {QStringLiteral("Count"), Count}},
+                       routine);
+}
+
+bool clsMessageStore::UpdateDaySummaryTokenCustom(const QString &OrganizationID, const QString &AccountID,
+                                                  const QString &TokenTypeDesc, const QString &Token, qint64 Count)
+{
+    const QString routine = QStringLiteral("UpdateDaySummaryTokenCustom");
+    const QString organization = QStringLiteral("DaySummaryTokenTypes WHERE OrganizationID=") + Quote(OrganizationID);
+    const auto known = Scalar(m_store,
+                              QStringLiteral("SELECT TokenType FROM ") + organization
+                                  + QStringLiteral(" AND TokenTypeDesc=") + Quote(TokenTypeDesc),
+                              routine);
+    if (!known)
+        return false;
+    int type = known->toInt();
+    if (!known->isValid()) {
+        const auto highest
+            = Scalar(m_store,
+                     SelectFirst(QStringLiteral("TokenType"),
+                                 organization + QStringLiteral(" AND TokenType>99 ORDER BY TokenType DESC")),
+                     routine);
+        if (!highest)
+            return false;
+        type = highest->isValid() ? highest->toInt() + 1 : 100;
+        if (AddRow(QStringLiteral("DaySummaryTokenTypes"),
+                   {{QStringLiteral("OrganizationID"), OrganizationID},
+                    {QStringLiteral("TokenType"), type},
+                    {QStringLiteral("TokenTypeDesc"), TokenTypeDesc}},
+                   routine)
+            < 0)
+            return false;
+    }
+    return UpdateDaySummaryToken(OrganizationID, AccountID, type, Token, Count);
+}
+
+bool clsMessageStore::UpdateDaySummaryTokens(const clsMessage &Message)
+{
+    const QString organization = Message.OrganizationID();
+    const QString account = StoredID(Message.Account ? Message.Account->AccountID : QString());
+    const QString sender = ExtractEmailAddress(Message.From);
+    const QString domain = sender.contains(u'@') ? sender.section(u'@', -1).toLower() : QString();
+    bool ok = UpdateDaySummaryToken(organization, account, 1, domain);
+    ok = UpdateDaySummaryToken(organization, account, 2, Message.GEOCountry) && ok;
+    for (const clsMessageAttachment *attachment : Message.Attachments)
+        ok = UpdateDaySummaryToken(organization, account, 3, attachment->FileExtension().toLower()) && ok;
+    return ok;
+}
+
+bool clsMessageStore::AddDaySummaryTokenTypes(const QString &OrganizationID)
+{
+    QStringList statements;
+    const QStringList names{QStringLiteral("Sender Domain"), QStringLiteral("Sender Country"),
+                            QStringLiteral("Attachment File Type")};
+    for (int type = 1; type <= names.size(); ++type)
+        statements << QStringLiteral(
+                          "INSERT INTO DaySummaryTokenTypes (OrganizationID,TokenType,TokenTypeDesc) VALUES (")
+                + Quote(OrganizationID) + u',' + Number(type) + u',' + Quote(names.at(type - 1)) + u')';
+    return RunAll(m_store, statements, QStringLiteral("AddDaySummaryTokenTypes"));
+}
+
+QString clsMessageStore::GetDaySummary(const QString &AccountID, const QDate &FromDate, const QDate &ToDate,
+                                       int TokenOrType)
+{
+    const bool tokens = TokenOrType < 1000;
+    const QString column = TokenOrType == 1000 ? QStringLiteral("MessagesIn")
+        : TokenOrType == 1001                  ? QStringLiteral("MessagesOut")
+        : TokenOrType == 1002                  ? QStringLiteral("BytesIn")
+                                               : QString();
+    if (!tokens && column.isEmpty())
+        return QStringLiteral("<Lines></Lines>");
+    const QString sql = tokens
+        ? QStringLiteral("SELECT Token,Dated,Count FROM DaySummaryToken WHERE AccountID=") + Quote(AccountID)
+            + QStringLiteral(" AND TokenType=") + Number(TokenOrType) + QStringLiteral(" AND Dated BETWEEN ")
+            + DateLiteral(FromDate) + QStringLiteral(" AND ") + DateLiteral(ToDate) + QStringLiteral(" ORDER BY Dated")
+        : QStringLiteral("SELECT * FROM DaySummary WHERE AccountID=") + Quote(AccountID)
+            + QStringLiteral(" AND Dated BETWEEN ") + DateLiteral(FromDate) + QStringLiteral(" AND ")
+            + DateLiteral(ToDate, QStringLiteral("23:59:59")) + QStringLiteral(" ORDER BY Dated");
+
+    auto query = Select(ReaderConnection(), sql, QStringLiteral("GetDaySummary"));
+    if (!query)
+        return QString();
+    QString lines = QStringLiteral("<Lines>");
+    while (query->next()) {
+        const QString day = SafeDate(query->value(QStringLiteral("Dated"))).toString(QStringLiteral("yyyy-MM-dd"));
+        if (tokens)
+            lines += QStringLiteral("<Line><Dated>") + day + QStringLiteral("</Date><Token>")
+                + query->value(QStringLiteral("Token")).toString() + QStringLiteral("</Token><Value>")
+                + Number(query->value(QStringLiteral("Count")).toLongLong()) + QStringLiteral("</Value></Line>");
+        else
+            lines += QStringLiteral("<Line><Date>") + day + QStringLiteral("</Date><Value>")
+                + Number(query->value(column).toLongLong()) + QStringLiteral("</Value></Line>");
+    }
+    return lines + QStringLiteral("</Lines>");
+}

@@ -1,0 +1,215 @@
+#pragma once
+#include <QDate>
+#include <QDateTime>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariant>
+
+#include <optional>
+
+class clsMessage;
+
+// The filter of a message set. Counting, reading, deleting and marking a set
+// all build their condition from it, so that a set means the same rows for each.
+struct MessageSetFilter
+{
+    QString AccountID; // an account or a user; empty for any
+    QString TriggerID;
+    // A period from 2000-01-01 or earlier up to today or later is no period.
+    QDate FromDate = QDate(2000, 1, 1);
+    QDate ToDate = QDate::currentDate();
+    bool ErrorsOnly = false;
+    bool MatchesOnly = false;
+    QString SearchText; // in the subject and both addresses; "%" is the wildcard
+    QString FolderID; // a folder of one character ("-") is no filter
+    QString OrganizationID;
+};
+
+// Data access to the message store: the tables of MessageStore.db3 and the
+// inbound queue EdgeQueue.db3 in the data folder (dialect 99, SQLite), or one
+// SQL Server database reached through ODBC with the connection text of
+// DBConnection (dialect 0). Statements are composed as text; the literals of
+// both dialects come from Quote and the date literal helpers.
+//
+// On SQLite the store has three connections of its own: the writer, a
+// read-only reader that pages through message sets without holding writers
+// up, and the queue. Other processes use the same files; the busy time-out of
+// 5000 ms on every connection is what orders them. Connection names are
+// unique per object, so several stores can be open in one process.
+//
+// Failing methods report through LogError under their own name and answer
+// false, empty, or -1 for a count of rows.
+class clsMessageStore
+{
+public:
+    static constexpr int OpenAttempts = 6;
+
+    clsMessageStore();
+    ~clsMessageStore();
+    clsMessageStore(const clsMessageStore &) = delete;
+    clsMessageStore &operator=(const clsMessageStore &) = delete;
+
+    // 0 SQL Server, 99 SQLite: Global.DatabaseKind at construction, which
+    // SettleDatabaseKind derives from the DBType setting.
+    int Dialect;
+    // The reason of the last failed statement or open.
+    QString LastError;
+
+    // Opening and closing ------------------------------------------------
+
+    // Opens the back end in up to six attempts, two seconds apart with the
+    // event loop turning; each failure is logged with its attempt number. On
+    // SQLite the blank MessageStore.db3 and EdgeQueue.db3 of the installation
+    // are copied to the data folder first when missing there.
+    bool OpenMessageStore();
+    void CloseMessageStore();
+    bool REOpenDatabase();
+    // Brings a store below Global.CurrentDBVersion up to it and records the
+    // version in the machine settings. Columns that exist already count as
+    // done: the remaining statements are not run.
+    bool UpdateDatabaseSchema();
+
+    // The connections the store's statements and row sets (clsRowSet) run
+    // on; on SQL Server all three are the one connection.
+    QString StoreConnection() const { return m_store; }
+    QString ReaderConnection() const { return Dialect == 99 ? m_reader : m_store; }
+    QString QueueConnection() const { return Dialect == 99 ? m_queue : m_store; }
+
+    // A statement on the store or on the queue: the rows affected, -1 when it failed.
+    qint64 Execute(const QString &SQL);
+    qint64 ExecuteEQ(const QString &SQL);
+    // A write transaction on the SQLite store connection, taken at once so
+    // that reads inside it cannot meet another writer; nothing on SQL Server.
+    bool BeginTransaction();
+    bool EndTransaction();
+    // Removes the processed queue rows and, when nothing else is left, shrinks
+    // the queue file (SQLite only).
+    bool ResetEdgeQueue();
+
+    // Statement text ------------------------------------------------------
+
+    // A string literal: quotes doubled; on SQL Server line ends and tabs
+    // stand outside the literal as CHAR(n) pieces, SQLite keeps them inside.
+    QString Quote(const QString &Text) const;
+    // "{ d 'yyyy-mm-dd'}" on SQL Server, "'yyyy-mm-dd 00:00:00'" on SQLite.
+    QString DateLiteral(const QDate &Date) const;
+    // The date at a fixed time ("hh:mm:ss"): "{ ts '...'}" or "'...'".
+    QString DateLiteral(const QDate &Date, const QString &Time) const;
+    QString DateTimeLiteral(const QDateTime &Value) const;
+    // The first row only: "SELECT TOP 1 Columns FROM Rest" on SQL Server,
+    // "SELECT Columns FROM Rest LIMIT 1" on SQLite.
+    QString SelectFirst(const QString &Columns, const QString &Rest) const;
+
+    // Deleting ------------------------------------------------------------
+
+    qint64 DeleteOldMessages(const QString &AccountID, const QDateTime &Before);
+    // With a trigger: that trigger's stored messages and scheduled mail. With
+    // none: every row of the account in the store, its folders, pending and
+    // queued messages, its scheduled mail and its files in IMAP/Public/.
+    bool DeleteMessages(const QString &AccountID, const QString &TriggerID = QString());
+    // Scheduled rows of the Outbox of the account, narrowed to the trigger and
+    // to a search in subject and addresses when given.
+    qint64 DeleteScheduledEmails(const QString &AccountID, const QString &TriggerID = QString(),
+                                 const QString &SearchText = QString());
+    // Messages, pending messages and statistics of the organization, or of
+    // all when none is given, and their files in IMAP/Public/.
+    bool ClearAllMailStore(const QString &OrganizationID = QString());
+    bool DeleteUser(const QString &UserID);
+    bool DeleteOrganization(const QString &ID);
+
+    // Message sets --------------------------------------------------------
+
+    // The condition of a message set, without "WHERE"; empty for an empty filter.
+    QString MessageSetWhere(const MessageSetFilter &Filter) const;
+    // The statement of one page; rows FirstRow to LastRow counted from 1 in
+    // the order of MessageDate descending, 0 meaning 1 and 200. SQL Server
+    // pages with ROW_NUMBER unless DBConnection names the sqloledb provider.
+    QString MessageSetSQL(const MessageSetFilter &Filter, qint64 FirstRow, qint64 LastRow) const;
+    qint64 CountMessageSet(const MessageSetFilter &Filter);
+    // A page as row text: a line per message closed by a line feed, fields
+    // closed by a tab: RecordNo, Importance, Attachments (Y/N), FolderID,
+    // FromAddress, Subject, MessageDate, ProcessedDate, MessageFlags,
+    // TriggerMatch (Y/N), TriggerSuccess (Y/N), TriggerError.
+    QString GetMessageSet(const MessageSetFilter &Filter, qint64 FirstRow = 0, qint64 LastRow = 0);
+    qint64 DeleteMessageSet(const MessageSetFilter &Filter);
+    qint64 MarkAllAsRead(const MessageSetFilter &Filter);
+
+    bool MarkAsRead(qint64 RecordNo);
+    bool MarkAsUnRead(qint64 RecordNo);
+    bool DeleteMessage(qint64 RecordNo);
+    // Moves a message of FolderID; an empty account is stored as "-".
+    bool MoveMessage(qint64 RecordNo, const QString &FolderID, const QString &ToFolderID, const QString &AccountID);
+    // The newest MessageDate of the account and source in the store and the
+    // queue; NoDate() when there is none.
+    QDateTime GetLastMSGDate(const QString &AccountID, const QString &Source);
+    // Messages processed on the day, and all messages; of one organization when given.
+    qint64 GetMessageStoreCount(const QDate &Day, const QString &OrganizationID = QString());
+    qint64 GetMessageStoreTotalCount(const QString &OrganizationID = QString());
+
+    // Stored messages -----------------------------------------------------
+
+    // Stores the message as a new row (the processor passes the current
+    // message) and counts it in the day summary. The account decides whether
+    // the whole MIME body is kept (StoreFull) and whether the message is
+    // stored read (MarkAsReadType); a message of no account is kept whole and
+    // read, under the account "-". The number of the new row; 0 when it could
+    // not be stored.
+    qint64 AddToMailStore(const clsMessage &Message);
+    // The stored message as MIME text with its process state in "Postvane-"
+    // headers and its process log attached as "ProcessLog.log"; reading it
+    // marks it read. With UIDOnly just its UID. Empty for an unknown number.
+    QString GetMessage(qint64 RecordNo, bool UIDOnly = false);
+    // The process log lines of a message from the edge server's log, then
+    // the message server's, joined by line feeds.
+    QString GetMessageLogs(const QString &UID);
+
+    // Day summary ---------------------------------------------------------
+
+    // Counts a message of today for the account: in (with LastTime now) or
+    // out, and its bytes.
+    bool UpdateDaySummary(const QString &OrganizationID, const QString &AccountID, bool Incoming, qint64 Bytes);
+    // Counts a token of today under its type: 1 sender domain, 2 sender
+    // country, 3 attachment file type, 100 and up custom. Empty tokens are
+    // not counted.
+    bool UpdateDaySummaryToken(const QString &OrganizationID, const QString &AccountID, int TokenType,
+                               const QString &Token, qint64 Count = 1);
+    // The same under a custom type named by its description; a new name
+    // gets the organization's next custom type, the first being 100.
+    bool UpdateDaySummaryTokenCustom(const QString &OrganizationID, const QString &AccountID,
+                                     const QString &TokenTypeDesc, const QString &Token, qint64 Count = 1);
+    // The message's tokens: the domain of its sender, its country and the
+    // file type of each attachment.
+    bool UpdateDaySummaryTokens(const clsMessage &Message);
+    // The built-in token types 1 to 3 of a new organization.
+    bool AddDaySummaryTokenTypes(const QString &OrganizationID);
+    // The report of "getdaysummary.xml": "<Lines>", a "<Line>" per row,
+    // "</Lines>". Types below 1000 list the tokens of that type by day
+    // (the "<Dated>...</Date>" pair is what the reader expects); 1000, 1001
+    // and 1002 the day counts MessagesIn, MessagesOut and BytesIn.
+    QString GetDaySummary(const QString &AccountID, const QDate &FromDate, const QDate &ToDate, int TokenOrType);
+
+private:
+    bool OpenOnce();
+    bool OpenSQLiteFiles();
+    bool OpenServer();
+    // Runs a statement on a connection; failures are reported under Routine.
+    qint64 Run(const QString &Connection, const QString &SQL, const QString &Routine);
+    // A forward-only query of the statement; nullopt when it failed
+    // (reported under Routine).
+    std::optional<QSqlQuery> Select(const QString &Connection, const QString &SQL, const QString &Routine);
+    // The first value of the first row: nullopt when the statement failed
+    // (reported under Routine), an invalid QVariant when there is no row.
+    std::optional<QVariant> Scalar(const QString &Connection, const QString &SQL, const QString &Routine);
+    bool RunAll(const QString &Connection, const QStringList &Statements, const QString &Routine);
+    QString SearchCondition(const QString &Columns, const QString &SearchText) const;
+    // Adds a row through a row set: its RecordNo (0 for a table without
+    // one), -1 when it failed (reported under Routine).
+    qint64 AddRow(const QString &Table, const QVariantMap &Values, const QString &Routine);
+    qint64 AddMessageRow(const clsMessage &Message);
+    void RollbackTransaction();
+
+    const QString m_store;
+    const QString m_reader;
+    const QString m_queue;
+    bool m_inTransaction = false;
+};
