@@ -1,6 +1,12 @@
 #include "TestRegistry.h"
 
 #include <QCoreApplication>
+#ifdef POSTVANE_TEST_GUI
+#include <QApplication>
+using TestApplication = QApplication;
+#else
+using TestApplication = QCoreApplication;
+#endif
 #include <QStandardPaths>
 #include <QTest>
 #include <cstdio>
@@ -21,7 +27,7 @@ bool RegisterTest(const QString &name, TestFactory factory)
 // Usage: tst_<folder> [TestClass] [Qt Test options...]
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
+    TestApplication app(argc, argv);
     QStandardPaths::setTestModeEnabled(true);
 
     QStringList args = app.arguments();

@@ -1,0 +1,228 @@
+#include "ConfigStore.h"
+#include "UserPasswords.h"
+#include "model/GlobalCollections.h"
+
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QUuid>
+
+namespace {
+
+// Organizations, Users and Folders have the message store's columns.
+const char *const Schema[] = {
+    "CREATE TABLE IF NOT EXISTS Organizations (ID VARCHAR(20) NOT NULL PRIMARY KEY, Name TEXT, XML TEXT)",
+    "CREATE TABLE IF NOT EXISTS Users (UserID VARCHAR(20) NOT NULL PRIMARY KEY, UserName VARCHAR(250),"
+    " Password VARCHAR(250), FullName VARCHAR(250), OrganizationID VARCHAR(20), Organization TEXT, Email TEXT,"
+    " XML TEXT)",
+    "CREATE TABLE IF NOT EXISTS Folders (RecordNo INTEGER PRIMARY KEY AUTOINCREMENT, FolderID VARCHAR(20),"
+    " AccountID VARCHAR(20), OrganizationID VARCHAR(20), Parent VARCHAR(20), UserID VARCHAR(20), FolderName TEXT,"
+    " Email TEXT, OrderBy INTEGER DEFAULT 0)",
+    "CREATE UNIQUE INDEX IF NOT EXISTS Folders_id ON Folders(FolderID)",
+    "CREATE TABLE IF NOT EXISTS Accounts (AccountID VARCHAR(20) NOT NULL PRIMARY KEY, OrganizationID VARCHAR(20),"
+    " OrderBy INTEGER DEFAULT 0, XML TEXT)",
+    "CREATE TABLE IF NOT EXISTS Triggers (AccountID VARCHAR(20) NOT NULL, TriggerID VARCHAR(20) NOT NULL,"
+    " OrderBy INTEGER DEFAULT 0, XML TEXT, PRIMARY KEY (AccountID, TriggerID))",
+};
+
+// The user's fragment as stored: without its password.
+QString StoredFragment(const clsUser &User)
+{
+    clsUser copy = User;
+    copy.Password.clear();
+    return copy.XML();
+}
+
+} // namespace
+
+ConfigStore::ConfigStore() : m_connection(QStringLiteral("ConfigStore-") + QUuid::createUuid().toString(QUuid::Id128)) {}
+
+ConfigStore::~ConfigStore()
+{
+    Close();
+}
+
+bool ConfigStore::Open(const QString &FilePath)
+{
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connection);
+    db.setDatabaseName(FilePath);
+    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+    if (!db.open()) {
+        LastError = db.lastError().text();
+        return false;
+    }
+    // A commit is on disk before the reply that acknowledges it.
+    if (Exec(QStringLiteral("PRAGMA journal_mode=WAL")) < 0 || Exec(QStringLiteral("PRAGMA synchronous=FULL")) < 0)
+        return false;
+    return Write([this] {
+        for (const char *statement : Schema)
+            if (Exec(QString::fromLatin1(statement)) < 0)
+                return false;
+        return true;
+    });
+}
+
+void ConfigStore::Close()
+{
+    if (!QSqlDatabase::contains(m_connection))
+        return;
+    QSqlDatabase::database(m_connection, false).close();
+    QSqlDatabase::removeDatabase(m_connection);
+}
+
+bool ConfigStore::IsEmpty()
+{
+    QSqlQuery query(QSqlDatabase::database(m_connection));
+    return query.exec(QStringLiteral("SELECT (SELECT COUNT(*) FROM Organizations) + (SELECT COUNT(*) FROM Users)"))
+           && query.next() && query.value(0).toInt() == 0;
+}
+
+bool ConfigStore::Load(UserPasswords &Passwords)
+{
+    QSqlQuery query(QSqlDatabase::database(m_connection));
+    Organizations().Clear();
+    if (!query.exec(QStringLiteral("SELECT XML FROM Organizations ORDER BY rowid")))
+        return Failed(query);
+    while (query.next()) {
+        auto organization = std::make_unique<clsUserOrganization>();
+        organization->setXML(query.value(0).toString());
+        Organizations().Add(std::move(organization));
+    }
+
+    Users().Clear();
+    if (!query.exec(QStringLiteral("SELECT UserID, XML, Password FROM Users ORDER BY rowid")))
+        return Failed(query);
+    while (query.next()) {
+        if (clsUser *user = Users().AddXML(query.value(1).toString()))
+            Passwords.Set(user->ID, query.value(2).toString());
+    }
+
+    UserFolders().Clear();
+    if (!query.exec(QStringLiteral("SELECT RecordNo, FolderID, AccountID, OrganizationID, Parent, UserID, FolderName,"
+                                   " Email FROM Folders ORDER BY OrderBy, RecordNo")))
+        return Failed(query);
+    while (query.next()) {
+        auto folder = std::make_unique<clsUserFolder>();
+        folder->RecordNo = query.value(0).toInt();
+        folder->ID = query.value(1).toString();
+        folder->AccountID = query.value(2).toString();
+        folder->OrganizationID = query.value(3).toString();
+        folder->Parent = query.value(4).toString();
+        folder->UserID = query.value(5).toString();
+        folder->Name = query.value(6).toString();
+        folder->Email = query.value(7).toString();
+        UserFolders().Add(std::move(folder));
+    }
+    return true;
+}
+
+bool ConfigStore::Write(const std::function<bool()> &Work)
+{
+    LastError.clear();
+    QSqlDatabase db = QSqlDatabase::database(m_connection);
+    if (!db.transaction()) {
+        LastError = db.lastError().text();
+        return false;
+    }
+    if (Work() && db.commit())
+        return true;
+    if (LastError.isEmpty())
+        LastError = db.lastError().text();
+    db.rollback();
+    return false;
+}
+
+bool ConfigStore::SaveOrganization(const clsUserOrganization &Organization)
+{
+    return Upsert(QStringLiteral("UPDATE Organizations SET Name = :Name, XML = :XML WHERE ID = :ID"),
+                  QStringLiteral("INSERT INTO Organizations (ID, Name, XML) VALUES (:ID, :Name, :XML)"),
+                  {{QStringLiteral(":ID"), Organization.ID},
+                   {QStringLiteral(":Name"), Organization.Name},
+                   {QStringLiteral(":XML"), Organization.XML()}});
+}
+
+bool ConfigStore::DeleteOrganization(const QString &ID)
+{
+    return Exec(QStringLiteral("DELETE FROM Organizations WHERE ID = :ID"), {{QStringLiteral(":ID"), ID}}) >= 0;
+}
+
+bool ConfigStore::SaveUser(const clsUser &User, const QString &Verifier)
+{
+    return Upsert(QStringLiteral("UPDATE Users SET UserName = :UserName, Password = :Password, FullName = :FullName,"
+                                 " OrganizationID = :OrganizationID, Organization = :Organization, Email = :Email,"
+                                 " XML = :XML WHERE UserID = :UserID"),
+                  QStringLiteral("INSERT INTO Users (UserID, UserName, Password, FullName, OrganizationID, Organization,"
+                                 " Email, XML) VALUES (:UserID, :UserName, :Password, :FullName, :OrganizationID,"
+                                 " :Organization, :Email, :XML)"),
+                  {{QStringLiteral(":UserID"), User.ID},
+                   {QStringLiteral(":UserName"), User.Username},
+                   {QStringLiteral(":Password"), Verifier},
+                   {QStringLiteral(":FullName"), User.Fullname},
+                   {QStringLiteral(":OrganizationID"), User.OrganizationID},
+                   {QStringLiteral(":Organization"), User.Organization()},
+                   {QStringLiteral(":Email"), User.Email},
+                   {QStringLiteral(":XML"), StoredFragment(User)}});
+}
+
+bool ConfigStore::DeleteUser(const QString &ID)
+{
+    return Exec(QStringLiteral("DELETE FROM Users WHERE UserID = :ID"), {{QStringLiteral(":ID"), ID}}) >= 0;
+}
+
+bool ConfigStore::SaveFolder(clsUserFolder &Folder)
+{
+    const QVariantMap values = {{QStringLiteral(":FolderID"), Folder.ID},
+                                {QStringLiteral(":AccountID"), Folder.AccountID},
+                                {QStringLiteral(":OrganizationID"), Folder.OrganizationID},
+                                {QStringLiteral(":Parent"), Folder.Parent},
+                                {QStringLiteral(":UserID"), Folder.UserID},
+                                {QStringLiteral(":FolderName"), Folder.Name},
+                                {QStringLiteral(":Email"), Folder.Email}};
+    if (!Upsert(QStringLiteral("UPDATE Folders SET AccountID = :AccountID, OrganizationID = :OrganizationID,"
+                               " Parent = :Parent, UserID = :UserID, FolderName = :FolderName, Email = :Email"
+                               " WHERE FolderID = :FolderID"),
+                QStringLiteral("INSERT INTO Folders (FolderID, AccountID, OrganizationID, Parent, UserID, FolderName,"
+                               " Email) VALUES (:FolderID, :AccountID, :OrganizationID, :Parent, :UserID,"
+                               " :FolderName, :Email)"),
+                values))
+        return false;
+    QSqlQuery query(QSqlDatabase::database(m_connection));
+    query.prepare(QStringLiteral("SELECT RecordNo FROM Folders WHERE FolderID = :FolderID"));
+    query.bindValue(QStringLiteral(":FolderID"), Folder.ID);
+    if (!query.exec() || !query.next())
+        return Failed(query);
+    Folder.RecordNo = query.value(0).toInt();
+    return true;
+}
+
+bool ConfigStore::DeleteFolder(const QString &ID)
+{
+    return Exec(QStringLiteral("DELETE FROM Folders WHERE FolderID = :ID"), {{QStringLiteral(":ID"), ID}}) >= 0;
+}
+
+bool ConfigStore::Failed(const QSqlQuery &Query)
+{
+    LastError = Query.lastError().text();
+    return false;
+}
+
+int ConfigStore::Exec(const QString &Statement, const QVariantMap &Values)
+{
+    QSqlQuery query(QSqlDatabase::database(m_connection));
+    query.prepare(Statement);
+    for (auto value = Values.cbegin(); value != Values.cend(); ++value)
+        query.bindValue(value.key(), value.value());
+    if (!query.exec()) {
+        LastError = query.lastError().text();
+        return -1;
+    }
+    return query.numRowsAffected();
+}
+
+bool ConfigStore::Upsert(const QString &Update, const QString &Insert, const QVariantMap &Values)
+{
+    const int changed = Exec(Update, Values);
+    if (changed != 0)
+        return changed > 0;
+    return Exec(Insert, Values) > 0;
+}

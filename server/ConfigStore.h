@@ -1,0 +1,62 @@
+#pragma once
+#include <QString>
+#include <QVariantMap>
+#include <functional>
+
+class QSqlQuery;
+class clsUser;
+class clsUserFolder;
+class clsUserOrganization;
+class UserPasswords;
+
+// The server's configuration records in a SQLite database of the data folder
+// (Configuration.db3): organizations, users and folders in tables of the same
+// columns as the message store's tables Organizations, Users and Folders, so
+// that they can move into the store's database; accounts and triggers in
+// tables of their own, one row each, so that a post writes one record and not
+// the whole configuration.
+//
+// Every change runs in a transaction: a process killed at any moment leaves
+// each record as it was or as it was posted. A user's row holds its fragment
+// without the password; the column Password holds the password's verifier.
+class ConfigStore
+{
+public:
+    ConfigStore();
+    ~ConfigStore();
+    ConfigStore(const ConfigStore &) = delete;
+    ConfigStore &operator=(const ConfigStore &) = delete;
+
+    // Opens (and on first use creates) the database file.
+    bool Open(const QString &FilePath);
+    void Close();
+    bool IsEmpty();
+    // The text of the last failure.
+    QString LastError;
+
+    // Fills the global collections of organizations, users and folders, and
+    // the passwords, from the tables.
+    bool Load(UserPasswords &Passwords);
+
+    // Runs Work in one transaction: all its writes stand, or none when it
+    // answers false or a write fails.
+    bool Write(const std::function<bool()> &Work);
+
+    bool SaveOrganization(const clsUserOrganization &Organization);
+    bool DeleteOrganization(const QString &ID);
+    bool SaveUser(const clsUser &User, const QString &Verifier);
+    bool DeleteUser(const QString &ID);
+    // A folder stored for the first time gets its RecordNo.
+    bool SaveFolder(clsUserFolder &Folder);
+    bool DeleteFolder(const QString &ID);
+
+private:
+    bool Failed(const QSqlQuery &Query);
+    // Runs a statement with its named values; the number of rows it changed,
+    // -1 on failure.
+    int Exec(const QString &Statement, const QVariantMap &Values = {});
+    // UPDATE, then INSERT when no row was there; both with the same values.
+    bool Upsert(const QString &Update, const QString &Insert, const QVariantMap &Values);
+
+    QString m_connection;
+};

@@ -1,0 +1,147 @@
+#include "PostvaneServer.h"
+#include "ServerCertificate.h"
+#include "ServerLog.h"
+#include "ServerServices.h"
+#include "WebService.h"
+#include "foundation/GlobalBlock.h"
+#include "foundation/Startup.h"
+#include "model/GlobalCollections.h"
+
+#include <QDir>
+#include <QSslConfiguration>
+#include <cstdio>
+
+namespace {
+
+QString ListenAddress(const QHostAddress &Address, quint16 Port)
+{
+    QString host = QStringLiteral("*");
+    if (Address != QHostAddress::Any)
+        host = Address.protocol() == QAbstractSocket::IPv6Protocol ? u'[' + Address.toString() + u']'
+                                                                    : Address.toString();
+    return QStringLiteral("https://") + host + u':' + QString::number(Port) + u'/';
+}
+
+} // namespace
+
+PostvaneServer::PostvaneServer() = default;
+
+PostvaneServer::~PostvaneServer()
+{
+    Stop();
+}
+
+bool PostvaneServer::Fail(const QString &Reason)
+{
+    if (m_log)
+        m_log->Add(QStringLiteral("* ") + Reason);
+    std::fprintf(stderr, "postvane-server: %s\n", qPrintable(Reason));
+    return false;
+}
+
+bool PostvaneServer::Start(const ServerOptions &Options)
+{
+    if (!OpenDataFolder(Options.DataFolder))
+        return false;
+    m_log = std::make_unique<ServerLog>();
+    SetErrorSink([this](const QString &, const QString &text) {
+        m_log->Add(QStringLiteral("* ") + QString(text).replace(QStringLiteral("\r\n"), QStringLiteral(" ")).trimmed());
+    });
+    m_log->Add(Global.ProductName + QStringLiteral(" Server ") + Global.VersionText + QStringLiteral(" starting in ")
+               + QDir::toNativeSeparators(Global.DataPath));
+
+    LoadGlobalSettings();
+    if (!OpenConfiguration() || !StartWebService(Options))
+        return false;
+    m_log->OnLine = [this](const QDateTime &stamp, const QString &text) { m_push.SendLog(stamp, text); };
+    m_running = true;
+    return true;
+}
+
+bool PostvaneServer::OpenDataFolder(const QString &Folder)
+{
+    if (!Folder.isEmpty())
+        Global.DataPath = QDir(Folder).absolutePath() + u'/';
+    if (!MakePath(Global.DataPath))
+        return Fail(QStringLiteral("The data folder ") + Global.DataPath + QStringLiteral(" cannot be made."));
+    m_lock = std::make_unique<QLockFile>(Global.DataPath + QStringLiteral("postvane-server.lock"));
+    if (!m_lock->tryLock(0))
+        return Fail(QStringLiteral("Another server uses the data folder ") + Global.DataPath + u'.');
+    return true;
+}
+
+bool PostvaneServer::OpenConfiguration()
+{
+    const QString file = Global.DataPath + QStringLiteral("Configuration.db3");
+    if (!m_store.Open(file))
+        return Fail(QStringLiteral("The configuration database ") + file + QStringLiteral(" cannot be opened: ")
+                    + m_store.LastError);
+    if (m_store.IsEmpty() && !CreateFirstRunRecords())
+        return Fail(QStringLiteral("The first organization and user cannot be saved: ") + m_store.LastError);
+    if (!m_store.Load(m_passwords))
+        return Fail(QStringLiteral("The configuration cannot be read: ") + m_store.LastError);
+    m_log->Add(QStringLiteral("Configuration read: %1 organizations, %2 users, %3 folders")
+                   .arg(Organizations().Count())
+                   .arg(Users().Count())
+                   .arg(UserFolders().Count()));
+    return true;
+}
+
+bool PostvaneServer::CreateFirstRunRecords()
+{
+    clsUserOrganization organization;
+    clsUser admin;
+    admin.Username = QStringLiteral("Admin");
+    admin.Fullname = QStringLiteral("Administrator");
+    admin.OrganizationID = organization.ID;
+    admin.Admin = true;
+    admin.OrganizationAdmin = true;
+    const QString verifier = UserPasswords::MakeVerifier(QString());
+    if (!m_store.Write([&] { return m_store.SaveOrganization(organization) && m_store.SaveUser(admin, verifier); }))
+        return false;
+    m_log->Add(QStringLiteral("First start: made the organization \"") + organization.Name
+               + QStringLiteral("\" and the user \"Admin\" with no password."));
+    return true;
+}
+
+bool PostvaneServer::StartWebService(const ServerOptions &Options)
+{
+    ServerCertificate certificate;
+    if (!certificate.Load())
+        return Fail(certificate.LastError);
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.setLocalCertificate(certificate.Certificate);
+    tls.setLocalCertificateChain(QList<QSslCertificate>{certificate.Certificate} + certificate.Chain);
+    tls.setPrivateKey(certificate.Key);
+    tls.setPeerVerifyMode(QSslSocket::VerifyNone);
+
+    const QString bindTo = Options.BindTo.isEmpty() ? Global.Settings.WebAccessBindTo.trimmed() : Options.BindTo;
+    QHostAddress address(QHostAddress::Any);
+    if (!bindTo.isEmpty() && !address.setAddress(bindTo))
+        return Fail(QStringLiteral("The address to listen on, \"") + bindTo + QStringLiteral("\", is no IP address."));
+    const quint16 port = Options.Port >= 0 ? quint16(Options.Port) : quint16(Global.Settings.WebAccessPort);
+
+    m_services = std::make_unique<ServerServices>(ServerServices{m_store, m_passwords, *m_log, m_push});
+    m_web = std::make_unique<WebService>(*m_services);
+    const quint16 listening = m_web->Listen(address, port, tls);
+    if (listening == 0)
+        return Fail(QStringLiteral("Cannot listen on ") + ListenAddress(address, port)
+                    + QStringLiteral(": the port is in use or not allowed."));
+    m_log->Add(QStringLiteral("Certificate: ") + certificate.Origin);
+    m_log->Add(QStringLiteral("Listening on ") + ListenAddress(address, listening));
+    return true;
+}
+
+void PostvaneServer::Stop()
+{
+    if (!m_running)
+        return;
+    m_running = false;
+    m_log->Add(Global.ProductName + QStringLiteral(" Server stopping"));
+    m_log->OnLine = nullptr;
+    m_push.Close(3000);
+    m_web->Close();
+    m_store.Close();
+    m_log->Add(Global.ProductName + QStringLiteral(" Server stopped"));
+    SetErrorSink(nullptr);
+}

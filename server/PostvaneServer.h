@@ -1,0 +1,54 @@
+#pragma once
+#include "ConfigStore.h"
+#include "PushChannel.h"
+#include "UserPasswords.h"
+
+#include <QLockFile>
+#include <QString>
+#include <memory>
+
+class ServerLog;
+class WebService;
+struct ServerServices;
+
+struct ServerOptions
+{
+    QString DataFolder; // empty: the default data folder
+    int Port = -1;      // -1: WebAccessPort; 0: any free port
+    QString BindTo;     // empty: WebAccessBindTo, or every address
+};
+
+// The server process: its data folder, configuration, log, push channel and
+// web service, from the start to the stop.
+//
+// The first start in an empty data folder makes SETTINGS.XML, the
+// configuration database with the organization "Default" and the user
+// "Admin" (a system administrator with the empty password), and the
+// self-signed certificate.
+class PostvaneServer
+{
+public:
+    PostvaneServer();
+    ~PostvaneServer();
+
+    // False, with the reason on standard error, when the server cannot run.
+    bool Start(const ServerOptions &Options);
+    // Tells the push subscribers, stops listening, closes the databases.
+    void Stop();
+
+private:
+    bool Fail(const QString &Reason);
+    bool OpenDataFolder(const QString &Folder);
+    bool OpenConfiguration();
+    bool CreateFirstRunRecords();
+    bool StartWebService(const ServerOptions &Options);
+
+    std::unique_ptr<QLockFile> m_lock;
+    std::unique_ptr<ServerLog> m_log;
+    ConfigStore m_store;
+    UserPasswords m_passwords;
+    PushChannel m_push;
+    std::unique_ptr<ServerServices> m_services;
+    std::unique_ptr<WebService> m_web;
+    bool m_running = false;
+};

@@ -1,0 +1,39 @@
+#include "RequestTable.h"
+
+ServerReply ServerReply::Ok(const QString &Text)
+{
+    ServerReply reply;
+    reply.Text = Text;
+    return reply;
+}
+
+ServerReply ServerReply::Error(int Status, const QString &Message)
+{
+    ServerReply reply;
+    reply.Status = Status;
+    reply.Text = QStringLiteral("Error: ") + Message;
+    reply.ContentType = "text/plain; charset=utf-8";
+    return reply;
+}
+
+void RequestTable::Add(const QString &Name, RequestVerb Verb, RequestHandler Handler)
+{
+    m_routes.insert(Name.toLower(), RequestRoute{Verb, Handler});
+}
+
+const RequestRoute *RequestTable::Find(const QString &Name) const
+{
+    const auto found = m_routes.constFind(Name.toLower());
+    return found == m_routes.constEnd() ? nullptr : &found.value();
+}
+
+// A new family of requests (accounts and triggers, messages, logs) is one
+// more line here and a file of its own.
+RequestTable BuildRequestTable()
+{
+    RequestTable table;
+    AddSessionRequests(table);
+    AddUserRequests(table);
+    AddFolderRequests(table);
+    return table;
+}

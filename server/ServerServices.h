@@ -1,0 +1,15 @@
+#pragma once
+
+class ConfigStore;
+class PushChannel;
+class ServerLog;
+class UserPasswords;
+
+// The server's long-lived parts that request handlers work with.
+struct ServerServices
+{
+    ConfigStore &Store;
+    UserPasswords &Passwords;
+    ServerLog &Log;
+    PushChannel &Push;
+};
