@@ -1,4 +1,5 @@
 #include "StoreFiles.h"
+#include "clsRowSet.h"
 #include "foundation/GlobalBlock.h"
 
 #include <QCoreApplication>
@@ -81,6 +82,7 @@ void CloseConnection(const QString &ConnectionName)
 {
     if (!QSqlDatabase::contains(ConnectionName))
         return;
+    clsRowSet::ForgetConnection(ConnectionName);
     {
         QSqlDatabase db = QSqlDatabase::database(ConnectionName, false);
         db.close();

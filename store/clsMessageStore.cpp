@@ -201,6 +201,7 @@ bool clsMessageStore::UpdateDatabaseSchema()
         }
         break; // the columns are there: an earlier upgrade got this far
     }
+    clsRowSet::ForgetConnection(m_store);
     Global.DBVersion = GlobalBlock::CurrentDBVersion;
     SaveMachineSetting(QStringLiteral("Settings"), QStringLiteral("DBVersion"), Global.DBVersion);
     return true;

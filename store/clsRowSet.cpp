@@ -6,6 +6,34 @@
 #include <QSqlField>
 #include <QSqlIndex>
 
+namespace {
+
+struct TableShape
+{
+    QSqlRecord Fields;
+    QStringList Key;
+};
+
+// What each connection of this thread has learned of its tables: asking the
+// driver for columns and keys, and preparing an insert, cost far more than
+// writing a row.
+struct ConnectionCache
+{
+    QHash<QString, TableShape> Tables;
+    QHash<QString, QSqlQuery> Inserts; // by table and column list
+};
+
+thread_local QHash<QString, ConnectionCache> Caches;
+
+const QString EmptyFilter = QStringLiteral("1=0");
+
+} // namespace
+
+void clsRowSet::ForgetConnection(const QString &ConnectionName)
+{
+    Caches.remove(ConnectionName);
+}
+
 clsRowSet::clsRowSet(const QString &ConnectionName)
     : m_connection(ConnectionName)
     , m_query(QSqlDatabase::database(ConnectionName, false))
@@ -20,13 +48,26 @@ bool clsRowSet::Open(const QString &Table, const QString &Filter)
     m_changed.clear();
     m_query = QSqlQuery(db);
     m_query.setForwardOnly(true);
+    QHash<QString, TableShape> &shapes = Caches[m_connection].Tables;
+    const auto known = shapes.constFind(Table.toLower());
+    if (known != shapes.cend() && Filter == EmptyFilter) {
+        m_fields = known->Fields;
+        m_key = known->Key;
+        MoveNext();
+        return true;
+    }
     if (!m_query.exec(QStringLiteral("SELECT * FROM ") + Table + QStringLiteral(" WHERE ") + Filter))
         return Fail(m_query.lastError().text());
     m_fields = m_query.record();
-    m_key.clear();
-    const QSqlIndex primary = db.primaryIndex(Table);
-    for (int i = 0; i < primary.count(); ++i)
-        m_key << primary.fieldName(i);
+    if (known != shapes.cend()) {
+        m_key = known->Key;
+    } else {
+        m_key.clear();
+        const QSqlIndex primary = db.primaryIndex(Table);
+        for (int i = 0; i < primary.count(); ++i)
+            m_key << primary.fieldName(i);
+        shapes.insert(Table.toLower(), {m_fields, m_key});
+    }
     MoveNext();
     return true;
 }
@@ -76,23 +117,32 @@ bool clsRowSet::Update()
     return Change();
 }
 
+QString clsRowSet::InsertStatement() const
+{
+    QString sql = QStringLiteral("INSERT INTO ") + m_table;
+    if (m_changed.isEmpty())
+        return sql + QStringLiteral(" DEFAULT VALUES");
+    QStringList marks;
+    for (qsizetype i = 0; i < m_changed.size(); ++i)
+        marks << QStringLiteral("?");
+    return sql + QStringLiteral(" (") + m_changed.join(u',') + QStringLiteral(") VALUES (") + marks.join(u',') + u')';
+}
+
 bool clsRowSet::Insert()
 {
     QSqlDatabase db = QSqlDatabase::database(m_connection, false);
-    QSqlQuery insert(db);
-    QString sql = QStringLiteral("INSERT INTO ") + m_table;
-    if (m_changed.isEmpty()) {
-        sql += QStringLiteral(" DEFAULT VALUES");
-    } else {
-        QStringList marks;
-        for (qsizetype i = 0; i < m_changed.size(); ++i)
-            marks << QStringLiteral("?");
-        sql += QStringLiteral(" (") + m_changed.join(u',') + QStringLiteral(") VALUES (") + marks.join(u',') + u')';
+    QHash<QString, QSqlQuery> &inserts = Caches[m_connection].Inserts;
+    const QString statementKey = m_table.toLower() + u'|' + m_changed.join(u',');
+    auto prepared = inserts.find(statementKey);
+    if (prepared == inserts.end()) {
+        QSqlQuery statement(db);
+        if (!statement.prepare(InsertStatement()))
+            return Fail(statement.lastError().text());
+        prepared = inserts.insert(statementKey, statement);
     }
-    if (!insert.prepare(sql))
-        return Fail(insert.lastError().text());
-    for (const QString &name : std::as_const(m_changed))
-        insert.addBindValue(ToDatabase(m_row.value(name)));
+    QSqlQuery &insert = *prepared;
+    for (qsizetype i = 0; i < m_changed.size(); ++i)
+        insert.bindValue(int(i), ToDatabase(m_row.value(m_changed.at(i))));
     if (!insert.exec())
         return Fail(insert.lastError().text());
 

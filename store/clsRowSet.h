@@ -38,10 +38,16 @@ public:
     // The reason of the last failure.
     QString LastError;
 
+    // Row sets remember the columns and key of each table and their prepared
+    // inserts per connection; this forgets them, for a connection that closes
+    // or whose tables change.
+    static void ForgetConnection(const QString &ConnectionName);
+
 private:
     bool Fail(const QString &Text);
     QVariant ToDatabase(const QVariant &Value) const;
     bool Insert();
+    QString InsertStatement() const;
     bool Change();
     // Keeps the key of the current row, by which Update finds it again.
     void RememberKey();
