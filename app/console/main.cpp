@@ -1,0 +1,9 @@
+#include "workbench/Main.h"
+
+#include <QApplication>
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    return Main(app);
+}

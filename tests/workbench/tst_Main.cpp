@@ -1,0 +1,48 @@
+#include "TestRegistry.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+class tst_Main : public QObject
+{
+    Q_OBJECT
+private slots:
+    void secondConsoleOfASessionExitsSilently()
+    {
+        QTemporaryDir home;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *folder : {"XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
+            const QString path = home.path() + u'/' + QString::fromLatin1(folder);
+            QDir().mkpath(path);
+            QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+            environment.insert(QString::fromLatin1(folder), path);
+        }
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+
+        QProcess first;
+        first.setProcessEnvironment(environment);
+        first.start(QStringLiteral(POSTVANE_CONSOLE_PROGRAM), {QStringLiteral("devmode")});
+        QVERIFY(first.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(QDir(home.path() + QStringLiteral("/XDG_RUNTIME_DIR")).entryList({QStringLiteral("*.lock")}, QDir::Files).size() == 1, 10000);
+
+        QProcess second;
+        second.setProcessEnvironment(environment);
+        QElapsedTimer clock;
+        clock.start();
+        second.start(QStringLiteral(POSTVANE_CONSOLE_PROGRAM), {QStringLiteral("devmode")});
+        QVERIFY(second.waitForFinished(10000));
+        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second.exitCode(), 0);
+        QCOMPARE(second.readAll(), QByteArray());
+        QCOMPARE(first.state(), QProcess::Running);
+
+        first.terminate();
+        QVERIFY(first.waitForFinished(10000));
+    }
+};
+
+POSTVANE_TEST(tst_Main)
+#include "tst_Main.moc"

@@ -1,0 +1,15 @@
+#pragma once
+#include <QString>
+#include <QStringList>
+
+class QApplication;
+
+// The console's entry routine: one instance per user session (a second
+// start ends at once, silently), the start-up properties, the global
+// settings, then the main window's event loop. The process's exit code.
+int Main(QApplication &App);
+
+// The lock that marks the running console of this user session.
+QString InstanceLockFile();
+// A server named on the command line for the login box; empty when none.
+QString CommandLineServer(const QStringList &Arguments);
