@@ -113,6 +113,33 @@ bool ConfigStore::Load(UserPasswords &Passwords)
         folder->Email = query.value(7).toString();
         UserFolders().Add(std::move(folder));
     }
+    return LoadAccounts();
+}
+
+bool ConfigStore::LoadAccounts()
+{
+    QSqlQuery query(QSqlDatabase::database(m_connection));
+    query.setForwardOnly(true);
+    QHash<QString, QStringList> triggers;
+    if (!query.exec(QStringLiteral("SELECT AccountID, XML FROM Triggers ORDER BY OrderBy, rowid")))
+        return Failed(query);
+    while (query.next())
+        triggers[query.value(0).toString()] << query.value(1).toString();
+
+    Accounts().setXML(QString()); // empties the collection
+    if (!query.exec(QStringLiteral("SELECT AccountID, XML FROM Accounts ORDER BY OrderBy, rowid")))
+        return Failed(query);
+    while (query.next()) {
+        // The triggers come first, so that the account's fragment treats them
+        // as it treats the triggers of any fragment (the outbox's folder).
+        auto account = std::make_unique<clsAccount>();
+        for (const QString &trigger : triggers.value(query.value(0).toString()))
+            account->Triggers.AddXML(trigger);
+        account->setXML(query.value(1).toString());
+        Accounts().Add(std::move(account));
+    }
+    if (Accounts().Count() > 0)
+        Accounts().SetLastChecked();
     return true;
 }
 
@@ -198,6 +225,90 @@ bool ConfigStore::SaveFolder(clsUserFolder &Folder)
 bool ConfigStore::DeleteFolder(const QString &ID)
 {
     return Exec(QStringLiteral("DELETE FROM Folders WHERE FolderID = :ID"), {{QStringLiteral(":ID"), ID}}) >= 0;
+}
+
+bool ConfigStore::SaveAccount(const clsAccount &Account)
+{
+    return Upsert(QStringLiteral("UPDATE Accounts SET OrganizationID = :OrganizationID, XML = :XML"
+                                 " WHERE AccountID = :AccountID"),
+                  QStringLiteral("INSERT INTO Accounts (AccountID, OrganizationID, OrderBy, XML) VALUES (:AccountID,"
+                                 " :OrganizationID, (SELECT COALESCE(MAX(OrderBy), 0) + 1 FROM Accounts), :XML)"),
+                  {{QStringLiteral(":AccountID"), Account.AccountID},
+                   {QStringLiteral(":OrganizationID"), Account.OrganizationID},
+                   {QStringLiteral(":XML"), Account.XML()}});
+}
+
+bool ConfigStore::DeleteAccount(const QString &ID)
+{
+    const QVariantMap id = {{QStringLiteral(":ID"), ID}};
+    return Exec(QStringLiteral("DELETE FROM Triggers WHERE AccountID = :ID"), id) >= 0
+           && Exec(QStringLiteral("DELETE FROM Accounts WHERE AccountID = :ID"), id) >= 0;
+}
+
+bool ConfigStore::SaveTrigger(const QString &AccountID, const clsAccountTrigger &Trigger)
+{
+    return Upsert(QStringLiteral("UPDATE Triggers SET XML = :XML"
+                                 " WHERE AccountID = :AccountID AND TriggerID = :TriggerID"),
+                  QStringLiteral("INSERT INTO Triggers (AccountID, TriggerID, OrderBy, XML) VALUES (:AccountID,"
+                                 " :TriggerID, (SELECT COALESCE(MAX(OrderBy), 0) + 1 FROM Triggers"
+                                 " WHERE AccountID = :AccountID), :XML)"),
+                  {{QStringLiteral(":AccountID"), AccountID},
+                   {QStringLiteral(":TriggerID"), Trigger.TriggerID},
+                   {QStringLiteral(":XML"), Trigger.XML()}});
+}
+
+bool ConfigStore::ReplaceTriggers(const QString &AccountID, const colTriggers &Triggers)
+{
+    if (Exec(QStringLiteral("DELETE FROM Triggers WHERE AccountID = :AccountID"),
+             {{QStringLiteral(":AccountID"), AccountID}}) < 0)
+        return false;
+    int position = 0;
+    for (const clsAccountTrigger *trigger : Triggers)
+        if (Exec(QStringLiteral("INSERT INTO Triggers (AccountID, TriggerID, OrderBy, XML)"
+                                " VALUES (:AccountID, :TriggerID, :OrderBy, :XML)"),
+                 {{QStringLiteral(":AccountID"), AccountID},
+                  {QStringLiteral(":TriggerID"), trigger->TriggerID},
+                  {QStringLiteral(":OrderBy"), ++position},
+                  {QStringLiteral(":XML"), trigger->XML()}})
+            < 0)
+            return false;
+    return true;
+}
+
+bool ConfigStore::DeleteTrigger(const QString &AccountID, const QString &TriggerID)
+{
+    return Exec(QStringLiteral("DELETE FROM Triggers WHERE AccountID = :AccountID AND TriggerID = :TriggerID"),
+                {{QStringLiteral(":AccountID"), AccountID}, {QStringLiteral(":TriggerID"), TriggerID}})
+           >= 0;
+}
+
+bool ConfigStore::SwapTriggers(const QString &AccountID, const QString &First, const QString &Second)
+{
+    QSqlQuery query(QSqlDatabase::database(m_connection));
+    query.prepare(QStringLiteral("SELECT TriggerID, OrderBy FROM Triggers"
+                                 " WHERE AccountID = :AccountID AND TriggerID IN (:First, :Second)"));
+    query.bindValue(QStringLiteral(":AccountID"), AccountID);
+    query.bindValue(QStringLiteral(":First"), First);
+    query.bindValue(QStringLiteral(":Second"), Second);
+    if (!query.exec())
+        return Failed(query);
+    QHash<QString, QVariant> positions;
+    while (query.next())
+        positions.insert(query.value(0).toString(), query.value(1));
+    if (positions.size() != 2) {
+        LastError = QStringLiteral("The triggers to swap are not both stored.");
+        return false;
+    }
+    const QString move = QStringLiteral("UPDATE Triggers SET OrderBy = :OrderBy"
+                                        " WHERE AccountID = :AccountID AND TriggerID = :TriggerID");
+    return Exec(move, {{QStringLiteral(":AccountID"), AccountID},
+                       {QStringLiteral(":TriggerID"), First},
+                       {QStringLiteral(":OrderBy"), positions.value(Second)}})
+               > 0
+           && Exec(move, {{QStringLiteral(":AccountID"), AccountID},
+                          {QStringLiteral(":TriggerID"), Second},
+                          {QStringLiteral(":OrderBy"), positions.value(First)}})
+                  > 0;
 }
 
 bool ConfigStore::Failed(const QSqlQuery &Query)

@@ -4,6 +4,9 @@
 #include <functional>
 
 class QSqlQuery;
+class clsAccount;
+class clsAccountTrigger;
+class colTriggers;
 class clsUser;
 class clsUserFolder;
 class clsUserOrganization;
@@ -34,8 +37,8 @@ public:
     // The text of the last failure.
     QString LastError;
 
-    // Fills the global collections of organizations, users and folders, and
-    // the passwords, from the tables.
+    // Fills the global collections of organizations, users, folders and
+    // accounts with their triggers, and the passwords, from the tables.
     bool Load(UserPasswords &Passwords);
 
     // Runs Work in one transaction: all its writes stand, or none when it
@@ -49,9 +52,21 @@ public:
     // A folder stored for the first time gets its RecordNo.
     bool SaveFolder(clsUserFolder &Folder);
     bool DeleteFolder(const QString &ID);
+    // The account's own fragment, without its triggers; a new account goes last.
+    bool SaveAccount(const clsAccount &Account);
+    // The account and its triggers.
+    bool DeleteAccount(const QString &ID);
+    // One trigger of the account; a new trigger goes last.
+    bool SaveTrigger(const QString &AccountID, const clsAccountTrigger &Trigger);
+    // The account's triggers become these, in their order.
+    bool ReplaceTriggers(const QString &AccountID, const colTriggers &Triggers);
+    bool DeleteTrigger(const QString &AccountID, const QString &TriggerID);
+    // The two triggers exchange their positions.
+    bool SwapTriggers(const QString &AccountID, const QString &First, const QString &Second);
 
 private:
     bool Failed(const QSqlQuery &Query);
+    bool LoadAccounts();
     // Runs a statement with its named values; the number of rows it changed,
     // -1 on failure.
     int Exec(const QString &Statement, const QVariantMap &Values = {});

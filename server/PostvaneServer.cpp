@@ -6,6 +6,7 @@
 #include "foundation/GlobalBlock.h"
 #include "foundation/Startup.h"
 #include "model/GlobalCollections.h"
+#include "store/clsMessageStore.h"
 
 #include <QDir>
 #include <QSslConfiguration>
@@ -51,7 +52,7 @@ bool PostvaneServer::Start(const ServerOptions &Options)
                + QDir::toNativeSeparators(Global.DataPath));
 
     LoadGlobalSettings();
-    if (!OpenConfiguration() || !StartWebService(Options))
+    if (!OpenConfiguration() || !OpenMessageStore() || !StartWebService(Options))
         return false;
     m_log->OnLine = [this](const QDateTime &stamp, const QString &text) { m_push.SendLog(stamp, text); };
     m_running = true;
@@ -84,6 +85,19 @@ bool PostvaneServer::OpenConfiguration()
                    .arg(Organizations().Count())
                    .arg(Users().Count())
                    .arg(UserFolders().Count()));
+    return true;
+}
+
+// On SQLite the first start makes MessageStore.db3 and EdgeQueue.db3 in the
+// data folder from the installed blanks.
+bool PostvaneServer::OpenMessageStore()
+{
+    SettleDatabaseKind(); // the data folder may have changed since start-up
+    m_messages = std::make_unique<clsMessageStore>();
+    if (!m_messages->OpenMessageStore() || !m_messages->UpdateDatabaseSchema())
+        return Fail(QStringLiteral("The message store cannot be opened: ") + m_messages->LastError);
+    m_log->Add(m_messages->Dialect == 99 ? QStringLiteral("Message store: ") + Global.DataPath + QStringLiteral("MessageStore.db3")
+                                         : QStringLiteral("Message store: the SQL Server database of DBConnection"));
     return true;
 }
 
@@ -121,7 +135,7 @@ bool PostvaneServer::StartWebService(const ServerOptions &Options)
         return Fail(QStringLiteral("The address to listen on, \"") + bindTo + QStringLiteral("\", is no IP address."));
     const quint16 port = Options.Port >= 0 ? quint16(Options.Port) : quint16(Global.Settings.WebAccessPort);
 
-    m_services = std::make_unique<ServerServices>(ServerServices{m_store, m_passwords, *m_log, m_push});
+    m_services = std::make_unique<ServerServices>(ServerServices{m_store, m_passwords, *m_log, m_push, *m_messages});
     m_web = std::make_unique<WebService>(*m_services);
     const quint16 listening = m_web->Listen(address, port, tls);
     if (listening == 0)
@@ -142,6 +156,7 @@ void PostvaneServer::Stop()
     m_push.Close(3000);
     m_web->Close();
     m_store.Close();
+    m_messages->CloseMessageStore();
     m_log->Add(Global.ProductName + QStringLiteral(" Server stopped"));
     SetErrorSink(nullptr);
 }

@@ -8,6 +8,7 @@
 #include <memory>
 
 class ServerLog;
+class clsMessageStore;
 class WebService;
 struct ServerServices;
 
@@ -40,6 +41,7 @@ private:
     bool Fail(const QString &Reason);
     bool OpenDataFolder(const QString &Folder);
     bool OpenConfiguration();
+    bool OpenMessageStore();
     bool CreateFirstRunRecords();
     bool StartWebService(const ServerOptions &Options);
 
@@ -48,6 +50,7 @@ private:
     ConfigStore m_store;
     UserPasswords m_passwords;
     PushChannel m_push;
+    std::unique_ptr<clsMessageStore> m_messages;
     std::unique_ptr<ServerServices> m_services;
     std::unique_ptr<WebService> m_web;
     bool m_running = false;

@@ -35,5 +35,8 @@ RequestTable BuildRequestTable()
     AddSessionRequests(table);
     AddUserRequests(table);
     AddFolderRequests(table);
+    AddAccountRequests(table);
+    AddMessageRequests(table);
+    AddLogRequests(table);
     return table;
 }

@@ -63,6 +63,9 @@ private:
 void AddSessionRequests(RequestTable &Table);
 void AddUserRequests(RequestTable &Table);
 void AddFolderRequests(RequestTable &Table);
+void AddAccountRequests(RequestTable &Table);
+void AddMessageRequests(RequestTable &Table);
+void AddLogRequests(RequestTable &Table);
 
 // The table of every family.
 RequestTable BuildRequestTable();

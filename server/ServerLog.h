@@ -21,6 +21,8 @@ public:
     std::function<void(const QDateTime &Stamp, const QString &Text)> OnLine;
 
     static QString FileName();
+    // The event log database that takes the same lines.
+    QString EventLogFile() const { return m_events.FileName(); }
 
 private:
     QFile m_file;

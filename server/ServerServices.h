@@ -1,6 +1,7 @@
 #pragma once
 
 class ConfigStore;
+class clsMessageStore;
 class PushChannel;
 class ServerLog;
 class UserPasswords;
@@ -12,4 +13,5 @@ struct ServerServices
     UserPasswords &Passwords;
     ServerLog &Log;
     PushChannel &Push;
+    clsMessageStore &MessageStore;
 };
