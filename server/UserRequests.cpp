@@ -12,6 +12,23 @@
 
 namespace {
 
+// Deletes the folders that Belongs picks and then their owner, in one
+// transaction of the configuration store.
+bool DeleteWithFolders(ConfigStore &Store, const std::function<bool(const clsUserFolder &)> &Belongs,
+                       const std::function<bool()> &DeleteOwner)
+{
+    QStringList folders;
+    for (const clsUserFolder *folder : UserFolders())
+        if (Belongs(*folder))
+            folders << folder->ID;
+    return Store.Write([&] {
+        for (const QString &folder : folders)
+            if (!Store.DeleteFolder(folder))
+                return false;
+        return DeleteOwner();
+    });
+}
+
 // In memory a user never holds a password: UserPasswords keeps the verifiers.
 ServerReply GetUsers(RequestContext &Context)
 {
@@ -116,17 +133,9 @@ ServerReply DeleteUser(RequestContext &Context)
     if (user->Admin && AdministratorCount() == 1)
         return ServerReply::Error(200, QStringLiteral("At least one system administrator must remain."));
 
-    QStringList folders;
-    for (const clsUserFolder *folder : UserFolders())
-        if (folder->UserID == id)
-            folders << folder->ID;
     ConfigStore &store = Context.Services.Store;
-    const bool saved = store.Write([&] {
-        for (const QString &folder : folders)
-            if (!store.DeleteFolder(folder))
-                return false;
-        return store.DeleteUser(id);
-    });
+    const bool saved = DeleteWithFolders(
+        store, [&](const clsUserFolder &folder) { return folder.UserID == id; }, [&] { return store.DeleteUser(id); });
     if (!saved)
         return StoreFailure(Context);
     const QString name = user->Username;
@@ -226,17 +235,10 @@ ServerReply DeleteOrganization(RequestContext &Context)
     if (organization->NumAccounts() > 0)
         return ServerReply::Error(200, QStringLiteral("The organization still has accounts."));
 
-    QStringList folders;
-    for (const clsUserFolder *folder : UserFolders())
-        if (folder->OrganizationID == id)
-            folders << folder->ID;
     ConfigStore &store = Context.Services.Store;
-    const bool saved = store.Write([&] {
-        for (const QString &folder : folders)
-            if (!store.DeleteFolder(folder))
-                return false;
-        return store.DeleteOrganization(id);
-    });
+    const bool saved = DeleteWithFolders(
+        store, [&](const clsUserFolder &folder) { return folder.OrganizationID == id; },
+        [&] { return store.DeleteOrganization(id); });
     if (!saved)
         return StoreFailure(Context);
     const QString name = organization->Name;
