@@ -62,6 +62,11 @@ bool clsEventLog::OpenLog(const QString &FileName)
         QFile::remove(TextFileName());
     }
     m_open = OpenSQLite(m_connection, this->FileName(), false);
+    // A log line is not worth a disk sync of its own: in WAL mode the lines
+    // reach the disk with the next checkpoint, and a crash loses at most the
+    // last few, never the file.
+    if (m_open)
+        QSqlQuery(QSqlDatabase::database(m_connection, false)).exec(QStringLiteral("PRAGMA synchronous=NORMAL"));
     return m_open;
 }
 
