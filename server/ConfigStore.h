@@ -13,11 +13,11 @@ class clsUserOrganization;
 class UserPasswords;
 
 // The server's configuration records in a SQLite database of the data folder
-// (Configuration.db3): organizations, users and folders in tables of the same
-// columns as the message store's tables Organizations, Users and Folders, so
-// that they can move into the store's database; accounts and triggers in
-// tables of their own, one row each, so that a post writes one record and not
-// the whole configuration.
+// (the store's MessageStore.db3, or Configuration.db3 beside a store on SQL
+// Server): organizations, users and folders in the store's tables
+// Organizations, Users and Folders; accounts and triggers in tables of their
+// own, one row each, so that a post writes one record and not the whole
+// configuration.
 //
 // Every change runs in a transaction: a process killed at any moment leaves
 // each record as it was or as it was posted. A user's row holds its fragment

@@ -52,7 +52,7 @@ bool PostvaneServer::Start(const ServerOptions &Options)
                + QDir::toNativeSeparators(Global.DataPath));
 
     LoadGlobalSettings();
-    if (!OpenConfiguration() || !OpenMessageStore() || !StartWebService(Options))
+    if (!OpenMessageStore() || !OpenConfiguration() || !StartWebService(Options))
         return false;
     m_log->OnLine = [this](const QDateTime &stamp, const QString &text) { m_push.SendLog(stamp, text); };
     m_running = true;
@@ -71,9 +71,12 @@ bool PostvaneServer::OpenDataFolder(const QString &Folder)
     return true;
 }
 
+// On SQLite the configuration lives in the store's own database, beside the
+// messages; a store on SQL Server leaves it in a SQLite file of its own.
 bool PostvaneServer::OpenConfiguration()
 {
-    const QString file = Global.DataPath + QStringLiteral("Configuration.db3");
+    const QString file = Global.DataPath
+        + (m_messages->Dialect == 99 ? QStringLiteral("MessageStore.db3") : QStringLiteral("Configuration.db3"));
     if (!m_store.Open(file))
         return Fail(QStringLiteral("The configuration database ") + file + QStringLiteral(" cannot be opened: ")
                     + m_store.LastError);

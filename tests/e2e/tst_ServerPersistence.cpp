@@ -44,7 +44,8 @@ private slots:
         const QByteArray organizations = server.Get(QStringLiteral("getorganizations.xml")).Body;
         const QByteArray folders = server.Get(QStringLiteral("getfolders.xml")).Body;
         const QByteArray certificate = ReadFile(server.DataPath() + QStringLiteral("ServerCertificate.pem"));
-        QVERIFY(!ReadFile(server.DataPath() + QStringLiteral("Configuration.db3")).contains("s3cret"));
+        for (const QString &file : {QStringLiteral("MessageStore.db3"), QStringLiteral("MessageStore.db3-wal")})
+            QVERIFY(!ReadFile(server.DataPath() + file).contains("s3cret"));
 
         QCOMPARE(server.Stop(), 0);
         QVERIFY2(server.Start(), qPrintable(server.Problem));
