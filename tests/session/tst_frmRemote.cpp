@@ -309,6 +309,7 @@ private slots:
 
         Global.PasswordHash = MD5Hash(QString());
         Global.Settings.WebAccessPort = 1;
+        QSignalSpy pushed(&remote, &frmRemote::RemoteLog);
         QSignalSpy progress(&remote, &frmRemote::LoginProgress);
         QSignalSpy remoteMode(&remote, &frmRemote::LogPanesRemote);
         QCOMPARE(remote.Login(), 0);
@@ -321,6 +322,25 @@ private slots:
         QVERIFY(Users().UserNoFromName(QStringLiteral("Admin")) > 0);
         QVERIFY(Global.Settings.WebAccessPort > 1); // the server's settings replaced the local ones
         QTRY_VERIFY(remote.PushConnected());
+
+        // Once the server has taken the subscription (it logs that it has),
+        // what it logs next, here a second session's logon, reaches this
+        // session's server pane.
+        const auto pushedLine = [&](const QString &text) {
+            for (const QList<QVariant> &line : pushed)
+                if (line.at(0).value<frmRemote::LogPane>() == frmRemote::PaneServer
+                    && line.at(1).toString().contains(text))
+                    return true;
+            return false;
+        };
+        QTRY_VERIFY(pushedLine(QStringLiteral("follows the server")));
+        QVERIFY(!pushedLine(QStringLiteral("logged on")));
+        {
+            frmRemote second;
+            QCOMPARE(second.Login(), 0);
+            second.Close();
+        }
+        QTRY_VERIFY(pushedLine(QStringLiteral("logged on")));
 
         // An account stored on the server comes back with the next bootstrap.
         clsAccount account;
