@@ -12,13 +12,9 @@
 //     gettriggerconditions.xml for one account.
 //
 // Usage: bench_server [--seconds N] [--connections N] [--subscribers N] [--accounts N]
-#include "actions/colActions.h"
+#include "SampleConfiguration.h"
 #include "foundation/Crypt.h"
 #include "foundation/GlobalBlock.h"
-#include "foundation/clsXML.h"
-#include "model/clsAccount.h"
-#include "model/clsAccountTrigger.h"
-#include "model/clsTriggerField.h"
 #include "session/clsPushStream.h"
 
 #include <QCommandLineParser>
@@ -43,8 +39,6 @@
 
 namespace {
 
-constexpr int TriggersPerAccount = 20;
-constexpr int FieldsPerTrigger = 10;
 constexpr int PushRounds = 3;
 constexpr int TimingRepeats = 5;
 
@@ -553,61 +547,6 @@ void RunPush(const Options &Settings, const ServerProcess &Server)
 
 // ---- 4. Accounts and triggers ----
 
-QString RawAction(const QString &Kind, const QString &ID, const QStringList &TagsAndValues)
-{
-    clsXML writer;
-    writer.Append(Kind, QStringLiteral("Class"));
-    writer.Append(ID, QStringLiteral("ID"));
-    writer.Append(true, QStringLiteral("Enabled"));
-    for (int i = 0; i + 1 < TagsAndValues.size(); i += 2)
-        writer.Append(TagsAndValues.at(i + 1), TagsAndValues.at(i));
-    return writer.GetXML();
-}
-
-// A database update, a mail and a web post.
-void AddActions(colActions &List, const QString &Prefix)
-{
-    List.AddXML(RawAction(QStringLiteral("DatabaseUpdate"), Prefix + QStringLiteral("A1"),
-                          {QStringLiteral("ConnectionString"), QStringLiteral("Driver={SQLite3};Database=/srv/orders.db3"),
-                           QStringLiteral("UseInternal"), QStringLiteral("-1")}));
-    List.AddXML(RawAction(QStringLiteral("Message"), Prefix + QStringLiteral("A2"),
-                          {QStringLiteral("SendTo"), QStringLiteral("sales@example.com; %msg_from%"),
-                           QStringLiteral("Subject"), QStringLiteral("Large order %OrderNo% from %Customer%"),
-                           QStringLiteral("MessageText"),
-                           QStringLiteral("Dear team,\r\n\r\nOrder %OrderNo% totals %Total%.\r\n\r\nRegards")}));
-    List.AddXML(RawAction(QStringLiteral("HTTPPost"), Prefix + QStringLiteral("A3"),
-                          {QStringLiteral("URL"), QStringLiteral("https://erp.example.com/api/orders?source=mail"),
-                           QStringLiteral("PostData"), QStringLiteral("order=%OrderNo%&customer=%Customer%")}));
-}
-
-std::unique_ptr<clsTriggerField> Field(const QString &ID, int Number)
-{
-    auto field = std::make_unique<clsTriggerField>();
-    field->ID = ID;
-    field->Name = QStringLiteral("Field%1").arg(Number);
-    field->LookFor = QStringLiteral("Field %1:").arg(Number);
-    field->FieldType = qint16(Number % 9);
-    field->InsertInto = QStringLiteral("Orders");
-    field->InsertFieldName = QStringLiteral("Col%1").arg(Number);
-    field->MaxLength = 50;
-    return field;
-}
-
-std::unique_ptr<clsAccountTrigger> Trigger(const QString &ID, int Number)
-{
-    auto trigger = std::make_unique<clsAccountTrigger>();
-    trigger->TriggerID = ID;
-    trigger->Name = QStringLiteral("Order form %1").arg(Number);
-    trigger->Details = QStringLiteral("Reads the order forms of the web shop");
-    trigger->SubjectLineLIKE = QStringLiteral("Order\tForm\t");
-    trigger->FromAddressLIKE = QStringLiteral("*@shop.example.com");
-    trigger->Condition = QStringLiteral("<Lines><Line>AND|%Total%|&gt;|100</Line></Lines>");
-    for (int f = 1; f <= FieldsPerTrigger; ++f)
-        trigger->FieldsToProcess().Add(Field(ID + QStringLiteral("F") + QString::number(f), f));
-    AddActions(trigger->ActionList(), ID);
-    return trigger;
-}
-
 QString AccountID(int Number)
 {
     return QStringLiteral("ACC%1").arg(Number, 6, 10, QLatin1Char('0'));
@@ -616,21 +555,7 @@ QString AccountID(int Number)
 // The fragment of account Number with its triggers, as postaccount.htm takes it.
 QByteArray AccountFragment(int Number)
 {
-    clsAccount account;
-    account.AccountID = AccountID(Number);
-    account.Name = QStringLiteral("Web shop orders %1").arg(Number);
-    account.Details = QStringLiteral("Order forms of the shop, read every five minutes");
-    account.GroupName = QStringLiteral("Sales");
-    account.SCHEDULE = QStringLiteral("05|YYYYYYY");
-    account.IMAP = true;
-    account.IMAPServer = QStringLiteral("imap.example.com");
-    account.IMAPPort = 993;
-    account.IMAPAccount = QStringLiteral("orders%1").arg(Number);
-    account.IMAPSSL = true;
-    account.XMLIncludeTriggers = true;
-    for (int t = 1; t <= TriggersPerAccount; ++t)
-        account.Triggers.Add(Trigger(account.AccountID + QStringLiteral("T") + QString::number(t), t));
-    return account.XML().toUtf8();
+    return SampleConfiguration::Account(Number)->XML().toUtf8();
 }
 
 // False when the server does not know the request at all.
@@ -678,8 +603,8 @@ void TimeRequest(Exchange &Client, const QString &Name)
 
 void RunAccounts(const Options &Settings, const ServerProcess &Server)
 {
-    std::printf("4. %d accounts of %d triggers (%d fields and 3 actions each) through postaccount.htm\n",
-                Settings.Accounts, TriggersPerAccount, FieldsPerTrigger);
+    std::printf("4. %d accounts of %d triggers (%d fields and 10 actions each) through postaccount.htm\n",
+                Settings.Accounts, SampleConfiguration::TriggersPerAccount, SampleConfiguration::FieldsPerTrigger);
     Exchange client;
     if (!client.Open(Server.Port)) {
         std::printf("   no connection to the server\n");

@@ -178,8 +178,9 @@ ServerReply PostAccount(RequestContext &Context)
     clsAccount *stored = Accounts().Item(Context.Client.AccountID);
     const QString id = stored ? stored->AccountID : Context.Client.AccountID;
     std::unique_ptr<clsAccount> posted = ScratchAccount(id, body);
-    if (posted->AccountID.compare(id, Qt::CaseInsensitive) != 0)
-        return ServerReply::Error(400, QStringLiteral("The account's ID is not the one of accountid."));
+    if (auto bad = CheckPostedID(posted->AccountID, id, QStringLiteral("account"), QStringLiteral("accountid"),
+                                 Qt::CaseInsensitive))
+        return *bad;
     posted->AccountID = id;
     if (auto refused = CheckAccount(Context.User, *posted, stored))
         return *refused;
@@ -325,10 +326,9 @@ ServerReply PostTrigger(RequestContext &Context)
     const QString id = stored ? stored->TriggerID : Context.Client.TriggerID;
     clsAccountTrigger posted;
     posted.setXML(body);
-    if (posted.TriggerID.isEmpty())
-        posted.TriggerID = id;
-    if (posted.TriggerID.compare(id, Qt::CaseInsensitive) != 0)
-        return ServerReply::Error(400, QStringLiteral("The trigger's ID is not the one of triggerid."));
+    if (auto bad = CheckPostedID(posted.TriggerID, id, QStringLiteral("trigger"), QStringLiteral("triggerid"),
+                                 Qt::CaseInsensitive))
+        return *bad;
     posted.TriggerID = id;
     if (auto refused = CheckTrigger(Context.User, account.AccountID, posted))
         return *refused;

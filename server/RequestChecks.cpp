@@ -20,6 +20,17 @@ std::optional<ServerReply> CheckIdentifier(const RequestContext &Context, const 
     return ServerReply::Error(400, QStringLiteral("The value of \"") + Key + QStringLiteral("\" is no identifier."));
 }
 
+std::optional<ServerReply> CheckPostedID(QString &PostedID, const QString &QueryID, const QString &Record,
+                                         const QString &Key, Qt::CaseSensitivity Case)
+{
+    if (PostedID.isEmpty())
+        PostedID = QueryID;
+    if (PostedID.compare(QueryID, Case) == 0)
+        return std::nullopt;
+    return ServerReply::Error(400, QStringLiteral("The ") + Record + QStringLiteral("'s ID is not the one of ") + Key
+                                       + u'.');
+}
+
 std::optional<ServerReply> CheckFragment(const QString &Body, const QString &Tag)
 {
     QString text = Body.trimmed();

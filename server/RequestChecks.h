@@ -19,6 +19,10 @@ std::optional<ServerReply> CheckIdentifier(const RequestContext &Context, const 
 // The 400 reply when Body is no markup fragment of the section Tag (after
 // an optional declaration line).
 std::optional<ServerReply> CheckFragment(const QString &Body, const QString &Tag);
+// A posted record that names no ID takes the one of the query key Key; one
+// that names another gets the 400 reply. Record names the kind in the reply.
+std::optional<ServerReply> CheckPostedID(QString &PostedID, const QString &QueryID, const QString &Record,
+                                         const QString &Key, Qt::CaseSensitivity Case = Qt::CaseSensitive);
 
 // The user is one Actor sees and manages: every user for a system
 // administrator, the users of its organization that are no system

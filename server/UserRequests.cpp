@@ -76,10 +76,8 @@ ServerReply PostUser(RequestContext &Context)
     const QString id = Context.Client.UserID;
     clsUser posted;
     posted.setXML(Context.Client.Body);
-    if (posted.ID.isEmpty())
-        posted.ID = id;
-    if (posted.ID != id)
-        return ServerReply::Error(400, QStringLiteral("The user's ID is not the one of userid."));
+    if (auto bad = CheckPostedID(posted.ID, id, QStringLiteral("user"), QStringLiteral("userid")))
+        return *bad;
 
     clsUser *stored = Users().Item(id);
     const QString refusal = RefusalToSave(Context.User, posted, stored);
@@ -165,10 +163,8 @@ ServerReply PostOrganization(RequestContext &Context)
     const QString id = Context.Client.OrganizationID;
     clsUserOrganization posted;
     posted.setXML(Context.Client.Body);
-    if (posted.ID.isEmpty())
-        posted.ID = id;
-    if (posted.ID != id)
-        return ServerReply::Error(400, QStringLiteral("The organization's ID is not the one of organizationid."));
+    if (auto bad = CheckPostedID(posted.ID, id, QStringLiteral("organization"), QStringLiteral("organizationid")))
+        return *bad;
 
     const clsUser &actor = Context.User;
     clsUserOrganization *stored = Organizations().Item(id);
