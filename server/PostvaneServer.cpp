@@ -4,8 +4,10 @@
 #include "ServerServices.h"
 #include "WebService.h"
 #include "foundation/GlobalBlock.h"
+#include "foundation/Registry.h"
 #include "foundation/Startup.h"
 #include "model/GlobalCollections.h"
+#include "services/ServiceControl.h"
 #include "store/clsMessageStore.h"
 
 #include <QDir>
@@ -52,8 +54,13 @@ bool PostvaneServer::Start(const ServerOptions &Options)
                + QDir::toNativeSeparators(Global.DataPath));
 
     LoadGlobalSettings();
-    if (!OpenMessageStore() || !OpenConfiguration() || !StartWebService(Options))
+    if (!OpenMessageStore() || !OpenConfiguration())
         return false;
+    if (Options.CreateOnly)
+        return CloseCreatedStore();
+    if (!StartWebService(Options))
+        return false;
+    ServiceControl::WriteServerState(Global.DataPath, QStringLiteral("Running"));
     m_log->OnLine = [this](const QDateTime &stamp, const QString &text) { m_push.SendLog(stamp, text); };
     m_running = true;
     return true;
@@ -101,6 +108,17 @@ bool PostvaneServer::OpenMessageStore()
         return Fail(QStringLiteral("The message store cannot be opened: ") + m_messages->LastError);
     m_log->Add(m_messages->Dialect == 99 ? QStringLiteral("Message store: ") + Global.DataPath + QStringLiteral("MessageStore.db3")
                                          : QStringLiteral("Message store: the SQL Server database of DBConnection"));
+    return true;
+}
+
+// The databases exist now: the console's next start finds the store.
+bool PostvaneServer::CloseCreatedStore()
+{
+    m_store.Close();
+    m_messages->CloseMessageStore();
+    SaveMachineSetting(QStringLiteral("Settings"), QStringLiteral("DBCreated"), true);
+    m_log->Add(QStringLiteral("Store made in ") + QDir::toNativeSeparators(Global.DataPath));
+    SetErrorSink(nullptr);
     return true;
 }
 
@@ -154,6 +172,7 @@ void PostvaneServer::Stop()
     if (!m_running)
         return;
     m_running = false;
+    ServiceControl::WriteServerState(Global.DataPath, QStringLiteral("Stop Pending"));
     m_log->Add(Global.ProductName + QStringLiteral(" Server stopping"));
     m_log->OnLine = nullptr;
     m_push.Close(3000);
@@ -161,5 +180,6 @@ void PostvaneServer::Stop()
     m_store.Close();
     m_messages->CloseMessageStore();
     m_log->Add(Global.ProductName + QStringLiteral(" Server stopped"));
+    ServiceControl::WriteServerState(Global.DataPath, QString());
     SetErrorSink(nullptr);
 }

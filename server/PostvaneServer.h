@@ -17,6 +17,7 @@ struct ServerOptions
     QString DataFolder; // empty: the default data folder
     int Port = -1;      // -1: WebAccessPort; 0: any free port
     QString BindTo;     // empty: WebAccessBindTo, or every address
+    bool CreateOnly = false; // make the data folder and its databases, then end
 };
 
 // The server process: its data folder, configuration, log, push channel and
@@ -33,6 +34,7 @@ public:
     ~PostvaneServer();
 
     // False, with the reason on standard error, when the server cannot run.
+    // With CreateOnly it returns once the databases exist, without serving.
     bool Start(const ServerOptions &Options);
     // Tells the push subscribers, stops listening, closes the databases.
     void Stop();
@@ -43,6 +45,7 @@ private:
     bool OpenConfiguration();
     bool OpenMessageStore();
     bool CreateFirstRunRecords();
+    bool CloseCreatedStore();
     bool StartWebService(const ServerOptions &Options);
 
     std::unique_ptr<QLockFile> m_lock;

@@ -1,14 +1,42 @@
 #include "Main.h"
 #include "frmClient.h"
+#include "frmStartServices.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/GlobalSettings.h"
 #include "foundation/Startup.h"
+#include "store/GlobalObjects.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QLockFile>
 #include <QMessageBox>
+#include <QProcess>
 #include <QStandardPaths>
+
+namespace {
+
+// The server program makes a missing store: the data folder, its databases
+// and the first user. The console waits for it and goes on when the store
+// is there; otherwise it ends without a word.
+bool CreateStore()
+{
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    QProcess::execute(Global.AppPath + QStringLiteral("postvane-server"),
+                      {QStringLiteral("--data"), Global.DataPath, QStringLiteral("--create-store")});
+    QApplication::restoreOverrideCursor();
+    SettleDatabaseKind();
+    return Global.DBCreated;
+}
+
+void UpdateStoreSchema()
+{
+    frmStartServices progress;
+    progress.show();
+    Wait(1);
+    progress.UpdateSchema();
+}
+
+} // namespace
 
 QString InstanceLockFile()
 {
@@ -37,8 +65,12 @@ int Main(QApplication &App)
     SetErrorSink([](const QString &title, const QString &text) {
         QMessageBox::critical(QApplication::activeWindow(), title, text);
     });
-    // The server keeps and upgrades the store; the console only reads the
-    // settings it has locally until the server sends its own.
+    CreateSampleMessage();
+    if (!Global.DBCreated && !CreateStore())
+        return 0;
+    if (Global.DBVersion < GlobalBlock::CurrentDBVersion)
+        UpdateStoreSchema();
+    EventLog();
     LoadGlobalSettings();
 
     frmClient window(CommandLineServer(App.arguments()));

@@ -5,8 +5,10 @@
 class QApplication;
 
 // The console's entry routine: one instance per user session (a second
-// start ends at once, silently), the start-up properties, the global
-// settings, then the main window's event loop. The process's exit code.
+// start ends at once, silently), the start-up properties, the sample
+// message, the local store (made when missing, its schema brought up to
+// date), the event log and the global settings, then the main window's
+// event loop. The process's exit code.
 int Main(QApplication &App);
 
 // The lock that marks the running console of this user session.

@@ -53,6 +53,11 @@ void TranslateActions(const QString &Class, const QList<QAction *> &Actions)
 
 } // namespace
 
+QString DictText(const char *Key, const char *Default)
+{
+    return DDict().GetString(QString::fromLatin1(Key), QString::fromLatin1(Default));
+}
+
 void GetDDict(QWidget *Window)
 {
     const QString window = Window->objectName();

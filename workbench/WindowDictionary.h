@@ -11,6 +11,9 @@ class QWidget;
 // The window's object name is the class of the keys, a control's object name
 // their property.
 
+// A dictionary text by key, with its default.
+QString DictText(const char *Key, const char *Default);
+
 // The window title and the captions of its named controls; numbered items
 // (tabs, the entries of a fixed list) by their position. Controls without
 // text of their own, text boxes and lists are left alone.

@@ -4,17 +4,21 @@
 #include "frmLogin.h"
 #include "frmPopup.h"
 #include "frmService.h"
+#include "frmStartServices.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Registry.h"
 #include "foundation/Startup.h"
 #include "foundation/cDDict.h"
 #include "model/GlobalCollections.h"
+#include "services/ServiceControl.h"
 #include "session/Requests.h"
+#include "store/GlobalObjects.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -34,11 +38,6 @@ QString UserKey(const char *Key, const QString &Default = QString())
 void SaveUserKey(const char *Key, const QVariant &Value)
 {
     SaveUserSetting(Global.ProductName, QString::fromLatin1(Key), Value);
-}
-
-QString Text(const char *Key, const char *Default)
-{
-    return DDict().GetString(QString::fromLatin1(Key), QString::fromLatin1(Default));
 }
 
 // Editors that the shutdown closes before the main window.
@@ -69,14 +68,14 @@ frmClient::frmClient(const QString &CommandLineServer, QWidget *parent)
     GetPanes(objectName(), Panes);
     restoreState(QByteArray::fromBase64(UserKey("DockingLayout").toLatin1()));
 
-    Global.TextAll = Text("ALL", "All");
-    Global.TextAny = Text("ANY", "Any");
-    Global.TextServiceRunning = Text("SVCRUNNING", "Service (Running)");
-    Global.TextServiceNotRunning = Text("SVCNOTRUNNING", "Service (Not Running)");
+    Global.TextAll = DictText("ALL", "All");
+    Global.TextAny = DictText("ANY", "Any");
+    Global.TextServiceRunning = DictText("SVCRUNNING", "Service (Running)");
+    Global.TextServiceNotRunning = DictText("SVCNOTRUNNING", "Service (Not Running)");
     Global.TempPath = Global.WorkPath + QStringLiteral("Temp/");
     MakePath(Global.TempPath);
     ToolBarConnected(false);
-    StatusText(Text("NOTCONNECTEDSTATUS", "Not Connected"));
+    StatusText(DictText("NOTCONNECTEDSTATUS", "Not Connected"));
 
     // The first connection is made after the window has been painted.
     ConnectTimer.setSingleShot(true);
@@ -127,7 +126,7 @@ QWidget *frmClient::CreateCentre()
     colours.setColor(QPalette::WindowText, Qt::black);
     m_messageBar->setPalette(colours);
     auto *bar = new QHBoxLayout(m_messageBar);
-    m_messageTitle = new QLabel(Text("MSGBARHEADER", "Message From Administrator"), m_messageBar);
+    m_messageTitle = new QLabel(DictText("MSGBARHEADER", "Message From Administrator"), m_messageBar);
     QFont bold = m_messageTitle->font();
     bold.setBold(true);
     m_messageTitle->setFont(bold);
@@ -136,7 +135,7 @@ QWidget *frmClient::CreateCentre()
     m_messageText->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto *close = new QToolButton(m_messageBar);
     close->setText(QStringLiteral("\u2715"));
-    close->setToolTip(Text("MSGBARCLOSE", "Close Message Bar"));
+    close->setToolTip(DictText("MSGBARCLOSE", "Close Message Bar"));
     close->setAutoRaise(true);
     connect(close, &QToolButton::clicked, this, &frmClient::DismissMessageBar);
     bar->addWidget(m_messageTitle);
@@ -169,15 +168,15 @@ void frmClient::CreateCommandBar()
     });
     connect(add(2, QStringLiteral("Check For New Messages Now"), QStringLiteral("Check For New Messages Now")),
             &QAction::triggered, this, [this] {
-                if (ShowTaskDialog(this, Text("CHECKNOW1", "Check For New Messages Now?"),
-                                   Text("CHECKNOW2", "All enabled Accounts will be checked for new messages now."),
+                if (ShowTaskDialog(this, DictText("CHECKNOW1", "Check For New Messages Now?"),
+                                   DictText("CHECKNOW2", "All enabled Accounts will be checked for new messages now."),
                                    QString(), QMessageBox::Yes | QMessageBox::No)
                     == QMessageBox::Yes)
                     Remote().HTTPGet(Requests::CheckNow());
             });
     connect(add(3, QStringLiteral("Clear Message Store"), QStringLiteral("Clear Message Store")), &QAction::triggered, this,
             [this] {
-                if (ShowTaskDialog(this, Text("CLEARMSGSTORE1", "Clear Message Store?"), QString(), QString(),
+                if (ShowTaskDialog(this, DictText("CLEARMSGSTORE1", "Clear Message Store?"), QString(), QString(),
                                    QMessageBox::Yes | QMessageBox::No)
                     == QMessageBox::Yes
                     && Remote().HTTPGet(Requests::DeleteMailStore()))
@@ -248,14 +247,14 @@ void frmClient::ConnectRemote()
     connect(&remote, &frmRemote::ConnectError, this, &frmClient::ShowConnectError);
     connect(&remote, &frmRemote::SessionRefused, this, [this] {
         QMessageBox::critical(this, Global.AppTitle,
-                              Text("NOORGANIZATION", "Error - No Organization Exists For Your User"));
+                              DictText("NOORGANIZATION", "Error - No Organization Exists For Your User"));
         BeginShutdown();
     });
     connect(&remote, &frmRemote::LoggedOut, this, [this] {
         // Not inside the push handler: the login turns its own event loops.
         QTimer::singleShot(0, this, [this] {
             QMessageBox::information(this, Global.AppTitle,
-                                     Text("LOGGEDOUT", "The %APPNAME% Server has logged you out. Please log back in."));
+                                     DictText("LOGGEDOUT", "The %APPNAME% Server has logged you out. Please log back in."));
             ShowLogin();
         });
     });
@@ -307,24 +306,24 @@ void frmClient::ShowPopup(const frmRemote::Popup &Popup)
 void frmClient::ShowConnectError(const QString &Text)
 {
     QApplication::restoreOverrideCursor();
-    ShowTaskDialog(this, ::Text("NOTCONNECTED", "Not Connected To %APPNAME%."),
-                   ::Text("NOTCONNECTED2", "Please check that the %APPNAME% Server is running on the specified host.")
+    ShowTaskDialog(this, DictText("NOTCONNECTED", "Not Connected To %APPNAME%."),
+                   DictText("NOTCONNECTED2", "Please check that the %APPNAME% Server is running on the specified host.")
                        + QStringLiteral("\r\n") + Text,
-                   ::Text("CHECKUSERNAME", "Please check your Username & Password."));
+                   DictText("CHECKUSERNAME", "Please check your Username & Password."));
 }
 
 void frmClient::RefreshStatistics()
 {
-    m_accounts->setText(Text("STATACCOUNTS", "Accounts:") + u' ' + QString::number(Accounts().Count()));
-    m_triggers->setText(Text("STATTRIGGERS", "Triggers:") + u' ' + QString::number(Accounts().TotalTriggers()));
+    m_accounts->setText(DictText("STATACCOUNTS", "Accounts:") + u' ' + QString::number(Accounts().Count()));
+    m_triggers->setText(DictText("STATTRIGGERS", "Triggers:") + u' ' + QString::number(Accounts().TotalTriggers()));
 }
 
 QString frmClient::ConnectionText() const
 {
     if (Global.Connected)
-        return Text("CONNECTEDTO", "Connected To %APPNAME% On ") + Global.ServerName + QStringLiteral(" (")
+        return DictText("CONNECTEDTO", "Connected To %APPNAME% On ") + Global.ServerName + QStringLiteral(" (")
                + Global.UserName + u')';
-    return Text("NOTCONNECTEDTO", "Not Connected To %APPNAME%");
+    return DictText("NOTCONNECTEDTO", "Not Connected To %APPNAME%");
 }
 
 void frmClient::StatusText(const QString &Text)
@@ -337,9 +336,14 @@ void frmClient::ToolBarConnected(bool Connected)
     Global.Connected = Connected;
     for (QAction *command : ServerCommands)
         command->setEnabled(Connected);
+    RefreshServiceState();
+    StatusText(QString());
+}
+
+void frmClient::RefreshServiceState()
+{
     m_service->setText(Global.ServiceState == QStringLiteral("Running") ? Global.TextServiceRunning
                                                                          : Global.TextServiceNotRunning);
-    StatusText(QString());
 }
 
 void frmClient::CreateMessageBar(const QString &Text)
@@ -372,9 +376,25 @@ bool frmClient::ShowLogin()
     return !Global.DialogCancelled;
 }
 
+// A local server that is stopped, or a first run, gets started before the
+// login; devmode works without it.
+void frmClient::StartLocalServer()
+{
+    if (!QFileInfo(Global.AppPath + QStringLiteral("postvane-server")).isExecutable())
+        return;
+    Global.ServiceState = ServiceControl::ServiceStatus(Global.ProductName);
+    if ((Global.ServiceState == QStringLiteral("Stopped") || Global.FirstRun) && !Global.DevMode) {
+        frmStartServices services(this);
+        services.show();
+        services.StartUp();
+    }
+    RefreshServiceState();
+}
+
 void frmClient::ConnectTick()
 {
     ConnectTimer.stop();
+    StartLocalServer();
     // A local console whose server did not come up shows no login.
     const bool skipLogin = Global.ServiceState != QStringLiteral("Running") && Global.IsLocal && !Global.DevMode;
     if (!skipLogin && !ShowLogin()) {
@@ -393,16 +413,16 @@ bool frmClient::ConfirmClose()
     if (!Global.Settings.AskExit || Global.NoExitPrompt)
         return true;
     const QString content = Global.ServiceState == QStringLiteral("Running")
-                                ? Text("CLOSE1", "The %APPNAME% Service will continue running processing your Accounts and "
+                                ? DictText("CLOSE1", "The %APPNAME% Service will continue running processing your Accounts and "
                                                  "Triggers in the background.")
                             : Global.IsLocal
-                                ? Text("CLOSE2", "Start the %APPNAME% Service to begin processing your Accounts & Triggers.")
-                                : Text("CLOSE3", "The %APPNAME% Service will continue running on the remote PC, processing "
+                                ? DictText("CLOSE2", "Start the %APPNAME% Service to begin processing your Accounts & Triggers.")
+                                : DictText("CLOSE3", "The %APPNAME% Service will continue running on the remote PC, processing "
                                                  "your Accounts and Triggers in the background.");
     bool dontAsk = false;
-    const auto answer = ShowTaskDialog(this, Text("CLOSE", "Close %APPNAME%?"), content, QString(),
+    const auto answer = ShowTaskDialog(this, DictText("CLOSE", "Close %APPNAME%?"), content, QString(),
                                        QMessageBox::Yes | QMessageBox::No,
-                                       Text("ASKEXIT", "Don't show this dialog again."), &dontAsk);
+                                       DictText("ASKEXIT", "Don't show this dialog again."), &dontAsk);
     if (dontAsk) {
         Global.Settings.AskExit = false;
         SaveUserKey("AskExit", false);
@@ -437,6 +457,7 @@ void frmClient::ShutdownTick()
     }
     ConnectTimer.stop();
     Remote().Close();
+    ReleaseEventLog();
     ReleaseDDict();
     SaveUserKey("AccountsViewType", AccountsViewType);
     SaveUserKey("DockingLayout", QString::fromLatin1(saveState().toBase64()));

@@ -44,6 +44,8 @@ public:
 
     void StatusText(const QString &Text);
     void ToolBarConnected(bool Connected);
+    // The status panel's service text from Global.ServiceState.
+    void RefreshServiceState();
     QString ConnectionText() const;
     void CreateMessageBar(const QString &Text);
     void DismissMessageBar();
@@ -52,6 +54,7 @@ public:
     frmService *LogPane(frmRemote::LogPane Pane) const;
     // Shows the login dialog; false when it was cancelled.
     bool ShowLogin();
+    // Starts a stopped local server, then shows the login.
     void ConnectTick();
     void ShutdownTick();
     // Starts the shutdown without asking.
@@ -68,6 +71,7 @@ private:
     void CreateStatusBar();
     QWidget *CreateCentre();
     void ConnectRemote();
+    void StartLocalServer();
     void ShowPopup(const frmRemote::Popup &Popup);
     void ShowConnectError(const QString &Text);
     void RefreshStatistics();

@@ -1,4 +1,4 @@
-// postvane-server [--data DIR] [--port N] [--bind ADDR]
+// postvane-server [--data DIR] [--port N] [--bind ADDR] [--create-store]
 #include "foundation/Startup.h"
 #include "server/PostvaneServer.h"
 #include "server/SignalWatcher.h"
@@ -25,12 +25,15 @@ int main(int argc, char **argv)
     const QCommandLineOption bind(QStringLiteral("bind"),
                                   QStringLiteral("The address to listen on (default WebAccessBindTo, or every address)."),
                                   QStringLiteral("ADDR"));
-    parser.addOptions({data, port, bind});
+    const QCommandLineOption create(QStringLiteral("create-store"),
+                                    QStringLiteral("Make the data folder, its store and first user, then end."));
+    parser.addOptions({data, port, bind, create});
     parser.process(app);
 
     ServerOptions options;
     options.DataFolder = parser.value(data);
     options.BindTo = parser.value(bind);
+    options.CreateOnly = parser.isSet(create);
     if (parser.isSet(port)) {
         bool number = false;
         options.Port = parser.value(port).toInt(&number);
@@ -44,6 +47,8 @@ int main(int argc, char **argv)
     PostvaneServer server;
     if (!server.Start(options))
         return 1;
+    if (options.CreateOnly)
+        return 0;
     SignalWatcher watcher;
     QObject::connect(&watcher, &SignalWatcher::Stop, &app, [&server] {
         server.Stop();

@@ -23,6 +23,7 @@ private slots:
         Global.NoExitPrompt = false;
         Global.IsLocal = false;
         Global.ServiceState.clear();
+        Global.DevMode = true; // no local server is started
         Global.Settings.AskExit = true;
         Remote().Closing = false;
     }
