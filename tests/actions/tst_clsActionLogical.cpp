@@ -35,11 +35,6 @@ private slots:
         QTest::addColumn<int>("type");
         QTest::addColumn<QString>("className");
         QTest::addColumn<QString>("classDesc");
-        QTest::newRow("1") << 1 << "If" << "If Block";
-        QTest::newRow("2") << 2 << "Else" << "Else";
-        QTest::newRow("3") << 3 << "EndIf" << "End If";
-        QTest::newRow("4") << 4 << "End" << "End Processing";
-        QTest::newRow("5") << 5 << "Label" << "Label";
         QTest::newRow("6") << 6 << "GoTo" << "Go To Label";
         QTest::newRow("0") << 0 << "Logical" << "If Block";
         QTest::newRow("7") << 7 << "Logical" << "If Block";
@@ -51,14 +46,6 @@ private slots:
         QFETCH(QString, classDesc);
         QCOMPARE(Logical(type).ClassName(), className);
         QCOMPARE(Logical(type).ClassDesc(), classDesc);
-    }
-
-    void newActionIsAnEnabledIf()
-    {
-        const clsActionLogical action;
-        QCOMPARE(int(action.LogicalType), 1);
-        QVERIFY(action.Enabled);
-        QVERIFY(!action.ID.isEmpty());
     }
 
     void plainLineTexts()

@@ -60,7 +60,6 @@ private slots:
         QCOMPARE(Global.CommandLine, QStringLiteral("--MYDEVMODESWITCH"));
         SetStartupProperties({QStringLiteral("postvane-console"), QStringLiteral("server.example")});
         QVERIFY(!Global.DevMode);
-        QCOMPARE(Global.Quote, QStringLiteral("\""));
         QVERIFY(Global.AppPath.endsWith(u'/'));
         QVERIFY(Global.DataPath.endsWith(QStringLiteral("/Postvane/")));
         QCOMPARE(Global.TempPath, Global.WorkPath + QStringLiteral("Temp/"));

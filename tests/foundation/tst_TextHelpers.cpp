@@ -4,8 +4,10 @@
 #include "foundation/TextHelpers.h"
 
 #include <QFile>
+#include <QHash>
 #include <QTemporaryDir>
 #include <QTest>
+#include <functional>
 
 class tst_TextHelpers : public QObject
 {
@@ -52,113 +54,78 @@ private slots:
         QCOMPARE(GetTag(tag, text), expected);
     }
 
-    void stripTagsKeepsUnclosedText()
+    // The helpers that turn one text into another, by function name.
+    void textToText_data()
     {
-        QCOMPARE(StripTags(QStringLiteral("<p>Hello <b>World</b></p>")), QStringLiteral("Hello World"));
-        QCOMPARE(StripTags(QStringLiteral("a < b")), QStringLiteral("a < b"));
-        QCOMPARE(StripTags(QStringLiteral("x<br/>y<")), QStringLiteral("xy<"));
-    }
-
-    void safeFileName_data()
-    {
+        QTest::addColumn<QString>("function");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("every unsafe character") << "a<b>c:d/e\\f|g?h*i" << "a_b_c_d_e_f_g_h_i";
-        QTest::newRow("dot runs") << "report...txt" << "report.txt";
-        QTest::newRow("double blanks") << "my   file.txt" << "my file.txt";
-        QTest::newRow("clean name") << "Invoice 12.pdf" << "Invoice 12.pdf";
+        QTest::addRow("StripTags: nested") << "StripTags" << "<p>Hello <b>World</b></p>" << "Hello World";
+        QTest::addRow("StripTags: lone angle") << "StripTags" << "a < b" << "a < b";
+        QTest::addRow("StripTags: unclosed kept") << "StripTags" << "x<br/>y<" << "xy<";
+        QTest::addRow("SafeFileName: unsafe characters")
+            << "SafeFileName" << "a<b>c:d/e\\f|g?h*i" << "a_b_c_d_e_f_g_h_i";
+        QTest::addRow("SafeFileName: dot runs") << "SafeFileName" << "report...txt" << "report.txt";
+        QTest::addRow("SafeFileName: double blanks") << "SafeFileName" << "my   file.txt" << "my file.txt";
+        QTest::addRow("SafeFileName: clean") << "SafeFileName" << "Invoice 12.pdf" << "Invoice 12.pdf";
+        QTest::addRow("StripBrackets: angle") << "StripBrackets" << "<a@b.c>" << "a@b.c";
+        QTest::addRow("StripBrackets: square") << "StripBrackets" << "[Orders]" << "Orders";
+        QTest::addRow("StripBrackets: trimmed first") << "StripBrackets" << "  (x) " << "x";
+        QTest::addRow("StripBrackets: curly") << "StripBrackets" << "{id}" << "id";
+        QTest::addRow("StripBrackets: one pair only") << "StripBrackets" << "<<x>>" << "<x>";
+        QTest::addRow("StripBrackets: mismatched") << "StripBrackets" << "<x]" << "<x]";
+        QTest::addRow("StripBrackets: lone bracket") << "StripBrackets" << "<" << "<";
+        QTest::addRow("RemoveWhiteSpace: blanks only") << "RemoveWhiteSpace" << "a  b   c\t\td" << "a b c\t\td";
+        QTest::addRow("RemoveRepeatedBlankLines: runs")
+            << "RemoveRepeatedBlankLines" << "a\r\n\r\n\r\n\r\nb" << "a\r\n\r\nb";
+        QTest::addRow("RemoveRepeatedBlankLines: single kept")
+            << "RemoveRepeatedBlankLines" << "a\r\n\r\nb\r\nc" << "a\r\n\r\nb\r\nc";
+        QTest::addRow("ExpandControlCodes: words")
+            << "ExpandControlCodes" << "A<CR>B<lf>C<CrLf>D<TAB>E<ESC>" << "A\rB\nC\r\nD\tE\x1b";
+        QTest::addRow("ExpandControlCodes: unknown word") << "ExpandControlCodes" << "<CRX>" << "<CRX>";
+        QTest::addRow("ExpandControlCodes back: characters")
+            << "ExpandControlCodes back" << "A\rB\nC\r\nD\tE\x1b" << "A<CR>B<LF>C<CRLF>D<TAB>E<ESC>";
+        QTest::addRow("ExpandControlCodes back: LF CR") << "ExpandControlCodes back" << "\n\r" << "<LF><CR>";
+        QTest::addRow("EnsureTrailing: added") << "EnsureTrailing" << "/data" << "/data/";
+        QTest::addRow("EnsureTrailing: not doubled") << "EnsureTrailing" << "/data/" << "/data/";
+        QTest::addRow("ExtractEmailAddress: name and angle brackets")
+            << "ExtractEmailAddress" << "Jane Doe <jane@example.com>" << "jane@example.com";
+        QTest::addRow("ExtractEmailAddress: quoted name")
+            << "ExtractEmailAddress" << "\"Doe, Jane\" <jane@example.com>" << "jane@example.com";
+        QTest::addRow("ExtractEmailAddress: list takes first") << "ExtractEmailAddress" << "a@b.c, d@e.f" << "a@b.c";
+        QTest::addRow("ExtractEmailAddress: bare")
+            << "ExtractEmailAddress" << "  bob@example.org " << "bob@example.org";
+        QTest::addRow("ExtractEmailAddress: within a sentence")
+            << "ExtractEmailAddress" << "write to bob@example.org today" << "bob@example.org";
+        QTest::addRow("ExtractEmailAddress: mailto")
+            << "ExtractEmailAddress" << "mailto:bob@example.org" << "bob@example.org";
+        QTest::addRow("ExtractEmailAddress: no address") << "ExtractEmailAddress" << "just some text" << "";
+        QTest::addRow("EntityDecode: decimal and hex") << "EntityDecode" << "&#233;t&#xE9;" << QStringLiteral("été");
+        QTest::addRow("EntityDecode: above 255") << "EntityDecode" << "&#8364; 5" << QStringLiteral("€ 5");
+        QTest::addRow("EntityDecode: beyond the BMP") << "EntityDecode" << "&#128512;" << QStringLiteral("\U0001F600");
+        QTest::addRow("EntityDecode: no characters stay")
+            << "EntityDecode" << "&#0;&#55296;&#1114112;" << "&#0;&#55296;&#1114112;";
+        QTest::addRow("EntityDecode: not numeric") << "EntityDecode" << "&#abc; &amp; &#12" << "&#abc; &amp; &#12";
     }
-    void safeFileName()
+    void textToText()
     {
+        static const QHash<QString, std::function<QString(const QString &)>> functions = {
+            {QStringLiteral("StripTags"), [](const QString &t) { return StripTags(t); }},
+            {QStringLiteral("SafeFileName"), [](const QString &t) { return SafeFileName(t); }},
+            {QStringLiteral("StripBrackets"), [](const QString &t) { return StripBrackets(t); }},
+            {QStringLiteral("RemoveWhiteSpace"), [](const QString &t) { return RemoveWhiteSpace(t); }},
+            {QStringLiteral("RemoveRepeatedBlankLines"), [](const QString &t) { return RemoveRepeatedBlankLines(t); }},
+            {QStringLiteral("ExpandControlCodes"), [](const QString &t) { return ExpandControlCodes(t); }},
+            {QStringLiteral("ExpandControlCodes back"), [](const QString &t) { return ExpandControlCodes(t, true); }},
+            {QStringLiteral("EnsureTrailing"), [](const QString &t) { return EnsureTrailing(t, QStringLiteral("/")); }},
+            {QStringLiteral("ExtractEmailAddress"), [](const QString &t) { return ExtractEmailAddress(t); }},
+            {QStringLiteral("EntityDecode"), [](const QString &t) { return EntityDecode(t); }},
+        };
+        QFETCH(QString, function);
         QFETCH(QString, text);
         QFETCH(QString, expected);
-        QCOMPARE(SafeFileName(text), expected);
-    }
-
-    void quoteName() { QCOMPARE(QuoteName(QStringLiteral("Orders")), QStringLiteral("'Orders'")); }
-
-    void stripBrackets_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("angle") << "<a@b.c>" << "a@b.c";
-        QTest::newRow("square") << "[Orders]" << "Orders";
-        QTest::newRow("round, trimmed first") << "  (x) " << "x";
-        QTest::newRow("curly") << "{id}" << "id";
-        QTest::newRow("one pair only") << "<<x>>" << "<x>";
-        QTest::newRow("mismatched") << "<x]" << "<x]";
-        QTest::newRow("lone bracket") << "<" << "<";
-        QTest::newRow("no brackets") << "x" << "x";
-    }
-    void stripBrackets()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(StripBrackets(text), expected);
-    }
-
-    void removeWhiteSpaceCollapsesBlanksOnly()
-    {
-        QCOMPARE(RemoveWhiteSpace(QStringLiteral("a  b   c\t\td")), QStringLiteral("a b c\t\td"));
-    }
-
-    void removeRepeatedBlankLines()
-    {
-        QCOMPARE(RemoveRepeatedBlankLines(QStringLiteral("a\r\n\r\n\r\n\r\nb")), QStringLiteral("a\r\n\r\nb"));
-        QCOMPARE(RemoveRepeatedBlankLines(QStringLiteral("a\r\n\r\nb\r\nc")), QStringLiteral("a\r\n\r\nb\r\nc"));
-    }
-
-    void expandControlCodesBothWays()
-    {
-        const QString words = QStringLiteral("A<CR>B<lf>C<CrLf>D<TAB>E<ESC>");
-        const QString characters = QStringLiteral("A\rB\nC\r\nD\tE\x1b");
-        QCOMPARE(ExpandControlCodes(words), characters);
-        QCOMPARE(ExpandControlCodes(characters, true), QStringLiteral("A<CR>B<LF>C<CRLF>D<TAB>E<ESC>"));
-        QCOMPARE(ExpandControlCodes(QStringLiteral("\n\r"), true), QStringLiteral("<LF><CR>"));
-        QCOMPARE(ExpandControlCodes(QStringLiteral("<CRX>")), QStringLiteral("<CRX>"));
-    }
-
-    void ensureTrailing()
-    {
-        QCOMPARE(EnsureTrailing(QStringLiteral("/data"), QStringLiteral("/")), QStringLiteral("/data/"));
-        QCOMPARE(EnsureTrailing(QStringLiteral("/data/"), QStringLiteral("/")), QStringLiteral("/data/"));
-        QCOMPARE(EnsureTrailing(QString(), QStringLiteral(";")), QStringLiteral(";"));
-    }
-
-    void extractEmailAddress_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("name and angle brackets") << "Jane Doe <jane@example.com>" << "jane@example.com";
-        QTest::newRow("quoted name") << "\"Doe, Jane\" <jane@example.com>" << "jane@example.com";
-        QTest::newRow("list takes first") << "a@b.c, d@e.f" << "a@b.c";
-        QTest::newRow("bare") << "  bob@example.org " << "bob@example.org";
-        QTest::newRow("within a sentence") << "write to bob@example.org today" << "bob@example.org";
-        QTest::newRow("mailto") << "mailto:bob@example.org" << "bob@example.org";
-        QTest::newRow("no address") << "just some text" << "";
-    }
-    void extractEmailAddress()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(ExtractEmailAddress(text), expected);
-    }
-
-    void entityDecode_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("decimal and hex") << "&#233;t&#xE9;" << QStringLiteral("été");
-        QTest::newRow("above 255") << "&#8364; 5" << QStringLiteral("€ 5");
-        QTest::newRow("beyond the BMP") << "&#128512;" << QStringLiteral("\U0001F600");
-        QTest::newRow("no characters stay") << "&#0;&#55296;&#1114112;" << "&#0;&#55296;&#1114112;";
-        QTest::newRow("not numeric") << "&#abc; &amp; &#12" << "&#abc; &amp; &#12";
-    }
-    void entityDecode()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(EntityDecode(text), expected);
+        QVERIFY(functions.contains(function));
+        QCOMPARE(functions.value(function)(text), expected);
     }
 
     void entityEncode_data()
@@ -271,15 +238,6 @@ private slots:
         QFETCH(bool, raw);
         QFETCH(QString, expected);
         QCOMPARE(SQLQuote(text, dialect, raw), expected);
-    }
-
-    void sqlChar()
-    {
-        QCOMPARE(SQLChar(13, 1), QStringLiteral("CHAR(13)"));
-        QCOMPARE(SQLChar(10, 2), QStringLiteral("CHAR(10)"));
-        QCOMPARE(SQLChar(9, 3), QStringLiteral("CHR$(9)"));
-        QCOMPARE(SQLChar(9, 0), QStringLiteral(" "));
-        QCOMPARE(SQLChar(9, 99), QStringLiteral(" "));
     }
 };
 

@@ -178,45 +178,29 @@ private slots:
         QVERIFY(s.isEmpty());
     }
 
-    void conversionsByTargetType()
+    // What the round trip of every type does not reach: texts no writer
+    // makes, read as the target type takes them.
+    void unusualTextsConvertByTargetType()
     {
-        clsXML xml(QStringLiteral("<i>42</i><s>-7</s><big>9000000000</big><f>2.5</f><d>-1.25e3</d><c>12.3456</c>"
-                                  "<bt>-1</bt><bf>0</bf><btext>True</btext><bbad>yes</bbad>"
+        clsXML xml(QStringLiteral("<d>-1.25e3</d><bf>0</bf><btext>True</btext><bbad>yes</bbad>"
                                   "<bad>12abc</bad><over>70000</over><round>2.5</round>"));
-        qint32 i = 0;
-        qint16 s = 0;
-        qint64 big = 0;
-        float f = 0;
         double d = 0;
-        Currency c;
-        bool bt = false, bf = true, btext = false, bbad = true;
+        bool bf = true, btext = false, bbad = true;
         qint32 bad = 9;
         qint16 over = 9;
         qint32 round = 0;
-        QVERIFY(xml.Extract(i, QStringLiteral("i")));
-        QVERIFY(xml.Extract(s, QStringLiteral("s")));
-        QVERIFY(xml.Extract(big, QStringLiteral("big")));
-        QVERIFY(xml.Extract(f, QStringLiteral("f")));
         QVERIFY(xml.Extract(d, QStringLiteral("d")));
-        QVERIFY(xml.Extract(c, QStringLiteral("c")));
-        QVERIFY(xml.Extract(bt, QStringLiteral("bt")));
         QVERIFY(xml.Extract(bf, QStringLiteral("bf")));
         QVERIFY(xml.Extract(btext, QStringLiteral("btext")));
         QVERIFY(xml.Extract(bbad, QStringLiteral("bbad")));
         QVERIFY(xml.Extract(bad, QStringLiteral("bad")));
         QVERIFY(xml.Extract(over, QStringLiteral("over")));
         QVERIFY(xml.Extract(round, QStringLiteral("round")));
-        QCOMPARE(i, 42);
-        QCOMPARE(s, qint16(-7));
-        QCOMPARE(big, Q_INT64_C(9000000000));
-        QCOMPARE(f, 2.5f);
         QCOMPARE(d, -1250.0);
-        QCOMPARE(c.TenThousandths, Q_INT64_C(123456));
-        QVERIFY(bt);
         QVERIFY(!bf);
         QVERIFY(btext);
         QVERIFY(!bbad);
-        QCOMPARE(bad, 0);  // unparsable: silently 0, yet found
+        QCOMPARE(bad, 0); // unparsable: silently 0, yet found
         QCOMPARE(over, qint16(0));
         QCOMPARE(round, 2); // half to even
         QVERIFY(m_errors.isEmpty());
@@ -314,16 +298,6 @@ private slots:
         QVERIFY(reader.Extract(password, QStringLiteral("p"), false, true));
         QCOMPARE(read, value);
         QCOMPARE(password, value);
-    }
-
-    // The same characters typed raw between tags are lost when the text is
-    // loaded, which is why the writer escapes them.
-    void rawControlCharactersAreLost()
-    {
-        clsXML reader(QStringLiteral("<v>a\tb\nc</v>"));
-        QString v;
-        QVERIFY(reader.Extract(v, QStringLiteral("v")));
-        QCOMPARE(v, QStringLiteral("abc"));
     }
 
     void wideTextIsPackedWhole()

@@ -67,16 +67,11 @@ private slots:
         QCOMPARE(ConditionXML(fragment), QStringLiteral("<Lines>\n</Lines>\n<ScriptEnabled>-1</ScriptEnabled>\n"));
     }
 
-    void displayPlainRunsJoinerIntoLeftSide()
+    void displayRunsJoinerIntoLeftSideAndColoursEachPart()
     {
         const QString condition = Fragment({"|%from%|=|bob", "And|%subject%|?|hello"});
         QCOMPARE(ConditionDisplay(condition, false, true),
                  QStringLiteral("If %from% = bob And%subject% Contains hello"));
-    }
-
-    void displayMarkupColoursEachPart()
-    {
-        const QString condition = Fragment({"|%from%|=|bob", "And|%subject%|?|hello"});
         const QString body = (MarkedLine(QString(), "%from%", "=", "bob")
                               + MarkedLine("And", "%subject%", "Contains", "hello"))
                                  .trimmed();
@@ -202,16 +197,6 @@ private slots:
         QCOMPARE(ActionDescriptionHead(QStringLiteral("Comment"), condition),
                  "<TextBlock VerticalAlignment='Center'>" + ConditionDisplay(condition, true, false)
                      + "<Bold>Comment </Bold>");
-        QVERIFY(!ActionDescriptionHead(QStringLiteral("Comment"), condition).contains(QStringLiteral("Then")));
-    }
-
-    void operatorComboListsKeysInStoredOrder()
-    {
-        const QStringList pairs = ConditionOperators().split(u'|');
-        QCOMPARE(pairs.size(), 14);
-        QCOMPARE(pairs.first(), QStringLiteral("#=;Equal To"));
-        QCOMPARE(pairs[10], QStringLiteral("#s?;Starts With"));
-        QCOMPARE(pairs.last(), QStringLiteral("#len>;Length Greater Than"));
     }
 };
 

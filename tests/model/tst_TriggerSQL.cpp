@@ -221,9 +221,6 @@ private slots:
         QTest::newRow("Access JET") << 3
                                     << "INSERT INTO [Order Lines] ([Value], [Line]) VALUES (@Value, @Line)\r\n\r\n"
                                     << "UPDATE [Order Lines] SET [Value] = @Value WHERE [Line] = @Line\r\n\r\n";
-        QTest::newRow("SQLite") << 99
-                                << "INSERT INTO \"Order Lines\" (\"Value\", Line) VALUES (@Value, @Line)\r\n\r\n"
-                                << "UPDATE \"Order Lines\" SET \"Value\" = @Value WHERE Line = @Line\r\n\r\n";
     }
     void otherDialects()
     {

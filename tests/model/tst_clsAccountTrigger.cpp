@@ -85,20 +85,14 @@ class tst_clsAccountTrigger : public QObject
 {
     Q_OBJECT
 private slots:
-    void newTriggerHasItsDefaults()
+    void newTriggerHasItsOwnIDAndLooksBackThirtyDays()
     {
         clsAccountTrigger t;
-        clsAccountTrigger other;
         QVERIFY(!t.TriggerID.isEmpty());
-        QVERIFY(t.TriggerID != other.TriggerID);
-        QVERIFY(t.Enabled);
-        QCOMPARE(t.FromAddressLIKE, QStringLiteral("*"));
+        QVERIFY(t.TriggerID != clsAccountTrigger().TriggerID);
         QCOMPARE(t.ReceivedAfter, QDateTime(QDate::currentDate().addDays(-30), QTime(0, 0)));
-        QCOMPARE(t.FieldsToProcess().Count(), 0);
         QCOMPARE(t.FieldsToProcess().Parent(), &t);
         QCOMPARE(t.ActionList().Parent(), &t);
-        QVERIFY(t.Field(1) == nullptr);
-        QVERIFY(t.INSchedule());
     }
 
     void fullFragmentWritesReadsAndWritesAlike()
@@ -107,18 +101,14 @@ private slots:
         FillTrigger(t);
         const QString written = t.XML();
 
+        QVERIFY(written.contains(QStringLiteral("<ReceivedAfter>2023-04-05 06:07:08</ReceivedAfter>")));
+        QVERIFY(!written.contains(QStringLiteral("FieldsList")));
+
         clsAccountTrigger read;
         read.setXML(written);
         QCOMPARE(read.XML(), written);
-
-        QCOMPARE(read.Name, t.Name);
         QCOMPARE(read.Details, t.Details);
-        QCOMPARE(read.SubjectLineLIKE, t.SubjectLineLIKE);
-        QCOMPARE(read.MarkedAsSenstive, qint16(2));
-        QCOMPARE(read.ReceivedAfter, t.ReceivedAfter);
-        QCOMPARE(read.Condition, t.Condition);
         QCOMPARE(read.HelperMessage, t.HelperMessage);
-        QVERIFY(read.StopProcessingFollowingActions);
         QCOMPARE(read.FieldsList(), QStringLiteral("OrderNo,Qty"));
         QCOMPARE(read.Field(2)->Name, QStringLiteral("Qty"));
         QCOMPARE(read.Field(2)->Parent, &read);
@@ -129,8 +119,9 @@ private slots:
                  QStringLiteral("a@b.example"));
     }
 
-    // The reader is forward-only: the server reads the tags in this order.
-    void fullFragmentKeepsTheTagOrder()
+    // Stored configurations hold these tags: a renamed, dropped or moved tag
+    // would leave them unread, which no round trip shows.
+    void fullFragmentKeepsTheStoredTagOrder()
     {
         clsAccountTrigger t;
         FillTrigger(t);
@@ -149,19 +140,6 @@ private slots:
             QVERIFY2(at > last, qPrintable(tag));
             last = at;
         }
-        QVERIFY(text.contains(QStringLiteral("<ReceivedAfter>2023-04-05 06:07:08</ReceivedAfter>")));
-        QVERIFY(text.contains(QStringLiteral("<TriggerEnabled>-1</TriggerEnabled>")));
-        QVERIFY(!text.contains(QStringLiteral("FieldsList")));
-    }
-
-    void readsTagsWithoutRegardToCase()
-    {
-        clsAccountTrigger t;
-        t.setXML(QStringLiteral("<Trigger><triggerid>T5</triggerid><CheckAllWords>-1</CheckAllWords>"
-                                "<MARKEDASSENSTIVE>2</MARKEDASSENSTIVE></Trigger>"));
-        QCOMPARE(t.TriggerID, QStringLiteral("T5"));
-        QVERIFY(t.CheckALLWords);
-        QCOMPARE(t.MarkedAsSenstive, qint16(2));
     }
 
     void readingReplacesTheWholeTrigger()
@@ -234,14 +212,14 @@ private slots:
         FillTrigger(source);
         const QString subset = source.XMLSubset();
         QVERIFY(subset.startsWith(QStringLiteral("<TriggerSubset>")));
-        for (const char *tag : {"<TriggerID>T1", "<CheckALLWords>", "<CheckBodyAlso>", "<TriggerDetails>",
-                                "<TriggerEnabled>", "<FromAddressLIKE>", "<MarkedAsImportant>", "<MarkedAsSenstive>",
-                                "<TriggerName>", "<ReceivedAfter>", "<SBScriptTriggerEnabled>", "<Schedule>",
-                                "<SubjectLineLIKE>", "<ThenProcessID>", "<TriggerCondition>"})
-            QVERIFY2(subset.contains(QLatin1String(tag)), tag);
-        for (const char *tag : {"CCAddressLike", "FlaggedForAction", "HelperMessage", "SBScriptTrigger>",
-                                "StopProcessing", "SaveToFolderID", "ReceivedAfterReset", "Trigger.Fields"})
+        for (const char *tag : {"HelperMessage", "StopProcessing", "SaveToFolderID", "Trigger.Fields"})
             QVERIFY2(!subset.contains(QLatin1String(tag)), tag);
+
+        // A bare trigger given the subset tells the same rule.
+        clsAccountTrigger bare;
+        bare.setXMLSubset(subset);
+        QCOMPARE(bare.ConditionAsText(), source.ConditionAsText());
+        QCOMPARE(bare.TriggerID, source.TriggerID);
 
         clsAccountTrigger t;
         FillTrigger(t);
@@ -343,12 +321,8 @@ private slots:
         QTest::addColumn<int>("fields");
         QTest::addColumn<int>("actions");
 
-        QTest::newRow("empty") << QString() << QString() << QString() << 0 << 0;
-        QTest::newRow("no markup") << QStringLiteral("just text") << QString() << QString() << 0 << 0;
         QTest::newRow("unclosed tag") << QStringLiteral("<Trigger><TriggerName>abc") << QString() << QString() << 0
                                       << 0;
-        QTest::newRow("unclosed bracket") << QStringLiteral("<Trigger><TriggerName>abc</TriggerName</Trigger>")
-                                          << QString() << QString() << 0 << 0;
         QTest::newRow("repeated tag, first wins")
             << QStringLiteral("<TriggerName>a</TriggerName><TriggerName>b</TriggerName>") << QString() << "a" << 0 << 0;
         QTest::newRow("misordered, the later tag is passed")

@@ -3,6 +3,7 @@
 #include "model/clsTriggerField.h"
 #include "model/colFields.h"
 
+#include <QHash>
 #include <QTest>
 
 namespace {
@@ -147,31 +148,87 @@ private slots:
         QVERIFY(Only(Run(chars)).endsWith(QStringLiteral("</table> Regards")));
     }
 
-    void untilEndOfLineStopsAtLineBreak()
+    // One value by each way of ending it: the value, where it stood in the
+    // sample body (when "at" names a piece of it) and the body's extract
+    // point afterwards (when not 0).
+    void oneValueByEachStopRule_data()
     {
-        clsFieldExtractor extractor;
-        extractor.Body = OrderBody;
-        const FoundValues values = extractor.Extract(Field(QStringLiteral("Order No:")));
-        QCOMPARE(Texts(values), QStringList{QStringLiteral("12345")});
-        QCOMPARE(values.first().Position, At(QStringLiteral("12345")));
-        QCOMPARE(values.first().Length, 5);
+        QTest::addColumn<QString>("lookFor");
+        QTest::addColumn<QString>("rule");
+        QTest::addColumn<QString>("stop");
+        QTest::addColumn<QString>("flags");
+        QTest::addColumn<QString>("body");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("at");
+        QTest::addColumn<int>("point");
+        const QString code = QStringLiteral("Code: ab.c^d$e+f*g?h[i]j\tk\nl");
         // The extract point steps over the CR that stopped the value.
-        QCOMPARE(extractor.LastBodyExtractPoint, At(QStringLiteral("12345")) + 6);
-        QCOMPARE(extractor.LastSubjectExtractPoint, 1);
+        QTest::newRow("end of line") << "Order No:" << "EndOfLine" << "" << "" << OrderBody << "12345" << "12345"
+                                     << At(QStringLiteral("12345")) + 6;
+        QTest::newRow("end of body") << "Gadget C" << "EndOfBody" << "" << "" << OrderBody
+                                     << "<table><tr><td>Total</td><TD>  99.50 </td></tr></table> Regards"
+                                     << "<table>" << 0;
+        QTest::newRow("next blank line") << "Items:" << "NextBlankLine" << "" << "" << OrderBody
+                                         << "Item: Widget A Item: Widget B Item: Gadget C" << "" << 0;
+        QTest::newRow("any chars") << "Email: " << "AnyChars" << "" << "" << OrderBody << "jane.smith" << "jane"
+                                   << At(QStringLiteral("@example")) + 1;
+        QTest::newRow("stop at a dot") << "Code: " << "AnyChars" << "." << "" << code << "ab" << "" << 0;
+        QTest::newRow("stop at a caret") << "Code: " << "AnyChars" << "^" << "" << code << "ab.c" << "" << 0;
+        QTest::newRow("stop at a bracket") << "Code: " << "AnyChars" << "]" << "" << code << "ab.c^d$e+f*g?h[i" << ""
+                                           << 0;
+        QTest::newRow("stop at a tab") << "Code: " << "AnyChars" << "\t" << "" << code << "ab.c^d$e+f*g?h[i]j" << ""
+                                       << 0;
+        QTest::newRow("stop at a line feed") << "Code: " << "AnyChars" << "\n" << "" << code
+                                             << "ab.c^d$e+f*g?h[i]j k" << "" << 0;
+        QTest::newRow("star takes the first word") << "*" << "AnyChars" << "" << "" << OrderBody << "Dear" << "Dear"
+                                                   << 0;
+        QTest::newRow("star skips blanks") << "*" << "AnyChars" << "" << "" << "\r\n \tHello world" << "Hello" << ""
+                                           << 0;
+        QTest::newRow("this many") << "Reference: " << "ThisMany" << "4" << "" << OrderBody << "ABCD" << "ABCD" << 0;
+        QTest::newRow("this many, beyond the subject") << "ref " << "ThisMany" << "50" << "subject" << OrderBody
+                                                       << "777" << "" << 0;
+        QTest::newRow("end tag, case") << "<TD>" << "EndTag" << "" << "case" << OrderBody << "99.50" << "99.50" << 0;
+        QTest::newRow("end tag, any case") << "<td>" << "EndTag" << "" << "" << OrderBody << "Total" << "" << 0;
+        QTest::newRow("end tag, no tag") << "Total</td><TD>" << "EndTag" << "" << "" << OrderBody
+                                         << "99.50 </td></tr></table> Regards" << "" << 0;
+        QTest::newRow("mask") << "\\d{3}-\\d{4}" << "Mask" << "" << "" << OrderBody << "555-0100" << "555-0100"
+                              << At(QStringLiteral("555-0100")) + 8;
     }
 
-    void untilEndOfBodyTakesAllTheRest()
+    void oneValueByEachStopRule()
     {
-        const FoundValues values = Run(Field(QStringLiteral("Gadget C"), &clsTriggerField::Until_EndOfBody));
-        QCOMPARE(Only(values),
-                 QStringLiteral("<table><tr><td>Total</td><TD>  99.50 </td></tr></table> Regards"));
-        QCOMPARE(values.first().Position, At(QStringLiteral("<table>")));
-    }
-
-    void untilNextBlankLineStopsAtEmptyLine()
-    {
-        const FoundValues values = Run(Field(QStringLiteral("Items:"), &clsTriggerField::Until_NextBlankLine));
-        QCOMPARE(Only(values), QStringLiteral("Item: Widget A Item: Widget B Item: Gadget C"));
+        static const QHash<QString, Option> rules = {
+            {QStringLiteral("EndOfLine"), &clsTriggerField::Until_EndOfLine},
+            {QStringLiteral("EndOfBody"), &clsTriggerField::Until_EndOfBody},
+            {QStringLiteral("NextBlankLine"), &clsTriggerField::Until_NextBlankLine},
+            {QStringLiteral("AnyChars"), &clsTriggerField::Until_AnyChars},
+            {QStringLiteral("ThisMany"), &clsTriggerField::Until_ThisMany},
+            {QStringLiteral("EndTag"), &clsTriggerField::Until_EndTag},
+            {QStringLiteral("Mask"), &clsTriggerField::ExtractMask},
+        };
+        QFETCH(QString, lookFor);
+        QFETCH(QString, rule);
+        QFETCH(QString, stop);
+        QFETCH(QString, flags);
+        QFETCH(QString, body);
+        QFETCH(QString, expected);
+        QFETCH(QString, at);
+        QFETCH(int, point);
+        QVERIFY(rules.contains(rule));
+        clsTriggerField f = Field(lookFor, rules.value(rule));
+        if (!stop.isEmpty())
+            f.UntilAnyOfTheseChars = stop, f.UntilThisManyChars = qint16(stop.toInt());
+        f.CaseSensitive = flags.contains(u"case");
+        f.CheckSubjectLine = flags.contains(u"subject");
+        clsFieldExtractor extractor;
+        extractor.Subject = OrderSubject;
+        extractor.Body = body;
+        const FoundValues values = extractor.Extract(f);
+        QCOMPARE(Only(values), expected);
+        if (!at.isEmpty())
+            QCOMPARE(values.first().Position, At(at));
+        if (point)
+            QCOMPARE(extractor.LastBodyExtractPoint, point);
     }
 
     void untilTheseWordsStopsBeforeExpression()
@@ -190,80 +247,6 @@ private slots:
         QCOMPARE(Only(Run(f)), wholeRest);
         f.UntilTheseWords = QStringLiteral("Signature");
         QCOMPARE(Only(Run(f)), wholeRest);
-    }
-
-    void untilAnyCharsStopsAtFirstStopCharacter()
-    {
-        clsFieldExtractor extractor;
-        extractor.Body = OrderBody;
-        const FoundValues values = extractor.Extract(Field(QStringLiteral("Email: "), &clsTriggerField::Until_AnyChars));
-        QCOMPARE(Only(values), QStringLiteral("jane.smith"));
-        QCOMPARE(extractor.LastBodyExtractPoint, At(QStringLiteral("@example")) + 1);
-    }
-
-    void stopCharactersAreTakenLiterally_data()
-    {
-        QTest::addColumn<QString>("chars");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("dot") << QStringLiteral(".") << QStringLiteral("ab");
-        QTest::newRow("caret") << QStringLiteral("^") << QStringLiteral("ab.c");
-        QTest::newRow("close bracket") << QStringLiteral("]") << QStringLiteral("ab.c^d$e+f*g?h[i");
-        QTest::newRow("tab") << QStringLiteral("\t") << QStringLiteral("ab.c^d$e+f*g?h[i]j");
-        QTest::newRow("line feed") << QStringLiteral("\n") << QStringLiteral("ab.c^d$e+f*g?h[i]j k");
-    }
-
-    void stopCharactersAreTakenLiterally()
-    {
-        QFETCH(QString, chars);
-        QFETCH(QString, expected);
-        clsTriggerField f = Field(QStringLiteral("Code: "), &clsTriggerField::Until_AnyChars);
-        f.UntilAnyOfTheseChars = chars;
-        QCOMPARE(Only(Run(f, QStringLiteral("Code: ab.c^d$e+f*g?h[i]j\tk\nl"))), expected);
-    }
-
-    void untilThisManyTakesFixedLength()
-    {
-        clsTriggerField f = Field(QStringLiteral("Reference: "), &clsTriggerField::Until_ThisMany);
-        f.UntilThisManyChars = 4;
-        QCOMPARE(Only(Run(f)), QStringLiteral("ABCD"));
-
-        clsTriggerField subject = Field(QStringLiteral("ref "), &clsTriggerField::Until_ThisMany);
-        subject.CheckSubjectLine = true;
-        subject.UntilThisManyChars = 50;
-        QCOMPARE(Only(Run(subject)), QStringLiteral("777"));
-    }
-
-    void untilEndTagClosesTheLookForTag()
-    {
-        clsTriggerField upper = Field(QStringLiteral("<TD>"), &clsTriggerField::Until_EndTag);
-        upper.CaseSensitive = true;
-        const FoundValues values = Run(upper);
-        QCOMPARE(Only(values), QStringLiteral("99.50"));
-        QCOMPARE(values.first().Position, At(QStringLiteral("99.50")));
-
-        QCOMPARE(Only(Run(Field(QStringLiteral("<td>"), &clsTriggerField::Until_EndTag))), QStringLiteral("Total"));
-
-        const FoundValues noTag = Run(Field(QStringLiteral("Total</td><TD>"), &clsTriggerField::Until_EndTag));
-        QVERIFY(Only(noTag).startsWith(QStringLiteral("99.50 </td></tr></table> Regards")));
-    }
-
-    void extractMaskTakesTheMatch()
-    {
-        clsFieldExtractor extractor;
-        extractor.Body = OrderBody;
-        const FoundValues values =
-            extractor.Extract(Field(QStringLiteral("\\d{3}-\\d{4}"), &clsTriggerField::ExtractMask));
-        QCOMPARE(Only(values), QStringLiteral("555-0100"));
-        QCOMPARE(values.first().Position, At(QStringLiteral("555-0100")));
-        QCOMPARE(extractor.LastBodyExtractPoint, At(QStringLiteral("555-0100")) + 8);
-    }
-
-    void starThenStopCharsTakesFirstWord()
-    {
-        QCOMPARE(Only(Run(Field(QStringLiteral("*"), &clsTriggerField::Until_AnyChars))), QStringLiteral("Dear"));
-        QCOMPARE(Only(Run(Field(QStringLiteral("*"), &clsTriggerField::Until_AnyChars),
-                          QStringLiteral("\r\n \tHello world"))),
-                 QStringLiteral("Hello"));
     }
 
     void thenLookForSearchesBehindFirstMatch()

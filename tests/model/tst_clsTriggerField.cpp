@@ -11,53 +11,38 @@ clsTriggerField PopulatedField()
     clsTriggerField f;
     f.ID = QStringLiteral("F-0001");
     f.Name = QStringLiteral("OrderNo");
-    f.Enabled = false;
-    f.ExtractBuiltIn = true;
+    f.Enabled = f.TrimBlanks = f.Until_EndOfLine = false;
+    f.ExtractBuiltIn = f.CheckSubjectLine = f.CaseSensitive = f.Until_EndOfBody = f.Until_NextBlankLine =
+        f.Until_AnyChars = f.Until_ThisMany = f.Until_TheseWords = f.Until_EndTag = f.ExtractMask =
+            f.SBScriptExtractEnabled = f.EnvironmentVarSet = f.KeyExists = f.Lookup = f.LookupCancelOnFail =
+                f.Validate = f.Block = true;
     f.ExtractBuiltInField = QStringLiteral("%msg_date%");
-    f.CheckSubjectLine = true;
     f.StartFromLastExtractPoint = 0;
     f.LookFor = QStringLiteral("Order No:\\s*<b>");
     f.ThenLookFor = QStringLiteral("#\"quoted\" & 'single'");
     f.StartAfterLookFor = 3;
-    f.CaseSensitive = true;
-    f.Until_EndOfLine = false;
-    f.Until_EndOfBody = true;
-    f.Until_NextBlankLine = true;
-    f.Until_AnyChars = true;
-    f.Until_ThisMany = true;
-    f.Until_TheseWords = true;
-    f.Until_EndTag = true;
     f.UntilAnyOfTheseChars = QStringLiteral(";,\t");
     f.UntilThisManyChars = 12;
     f.UntilTheseWords = QStringLiteral("Regards\r\nTeam");
-    f.ExtractMask = true;
-    f.TrimBlanks = false;
     f.RemoveFirstXChars = 2;
     f.RemoveLastXChars = 1;
     f.FieldType = 4;
     f.SBScriptExtract = QStringLiteral("Sub Main\r\n\tValue = \"x\"\r\nEnd Sub");
-    f.SBScriptExtractEnabled = true;
     f.InsertInto = QStringLiteral("Orders");
     f.InsertFieldName = QStringLiteral("OrderNo");
     f.MaxLength = 40;
-    f.EnvironmentVarSet = true;
     f.EnvironmentVarName = QStringLiteral("ORDERNO");
-    f.KeyExists = true;
     f.MapToOutLookContact = QStringLiteral("BusinessTelephoneNumber");
-    f.Lookup = true;
     f.LookupConnection = QStringLiteral("Driver={SQLite3};Database=c:\\data\\crm.db3");
     f.LookupSQL = QStringLiteral("SELECT Name FROM Customers WHERE No = '%OrderNo%'");
     f.LookupField = QStringLiteral("Name");
-    f.LookupCancelOnFail = true;
     f.DefaultValue = QStringLiteral("n/a");
     f.ChangeCase = 2;
-    f.Validate = true;
     f.ValidateOption = 1;
     f.ValidateLow = Currency::FromDouble(-12.5);
     f.ValidateHigh = Currency::FromDouble(99999.1234);
     f.ValidateList = QStringLiteral("A\r\nB\r\nÄ€");
     f.ValidateAction = 1;
-    f.Block = true;
     f.PassToTrigger = QStringLiteral("T-42");
     f.PassToSubject = QStringLiteral("Item %fieldvalue%");
     f.PassToBody = QStringLiteral("%msg_body%");
@@ -70,17 +55,6 @@ class tst_clsTriggerField : public QObject
 {
     Q_OBJECT
 private slots:
-    void newFieldsHaveOwnIdsAndStopAtLineEnd()
-    {
-        const clsTriggerField a;
-        const clsTriggerField b;
-        QVERIFY(!a.ID.isEmpty());
-        QVERIFY(a.ID != b.ID);
-        QVERIFY(a.Until_EndOfLine);
-        QVERIFY(!a.Until_EndOfBody && !a.Until_AnyChars && !a.Until_ThisMany && !a.Until_TheseWords
-                && !a.Until_EndTag && !a.ExtractMask);
-    }
-
     void populatedFieldSurvivesRoundTrip()
     {
         const clsTriggerField original = PopulatedField();
@@ -106,7 +80,9 @@ private slots:
         QCOMPARE(copy.PassToBody, original.PassToBody);
     }
 
-    void tagsAreWrittenInFormatOrder()
+    // Stored configurations hold these tags: a renamed, dropped or moved tag
+    // would leave them unread, which no round trip shows.
+    void tagsAreWrittenInStoredOrder()
     {
         clsTriggerField f = PopulatedField();
         f.Enabled = true;
@@ -172,18 +148,6 @@ private slots:
         QVERIFY(f.PassToBody.isEmpty());
         QVERIFY(f.LookupConnection.isEmpty());
         QVERIFY(f.ValidateHigh.IsZero());
-        QCOMPARE(f.ClassName, QStringLiteral("Trigger.Field"));
-    }
-
-    void tagsMatchWithoutCase()
-    {
-        clsTriggerField f;
-        f.setXML(QStringLiteral("<trigger.field><id>X</id><lookupconnection>DSN=crm</lookupconnection>"
-                                "<CASE>1</CASE><VALIDATEHIGH>10.5</VALIDATEHIGH></trigger.field>"));
-        QCOMPARE(f.ID, QStringLiteral("X"));
-        QCOMPARE(f.LookupConnection, QStringLiteral("DSN=crm"));
-        QCOMPARE(f.ChangeCase, qint16(1));
-        QCOMPARE(f.ValidateHigh, Currency::FromDouble(10.5));
     }
 
     void brokenFragmentsGiveEmptyFields_data()

@@ -218,11 +218,7 @@ private slots:
 
     void tokenLists()
     {
-        const QStringList messageTokens = MessageTokenList().split(u',');
-        QCOMPARE(messageTokens.size(), 31 + 13);
-        QCOMPARE(messageTokens.first(), QStringLiteral("%msg_body%"));
-        QCOMPARE(messageTokens.at(30), QStringLiteral("%msg_viewurl%"));
-        QCOMPARE(messageTokens.at(31), QStringLiteral("%Date%"));
+        QVERIFY(MessageTokenList().startsWith(QStringLiteral("%msg_body%,")));
         QCOMPARE(FieldTokenList(nullptr), MessageTokenList());
 
         clsAccountTrigger *trigger = AccountWithTrigger().Triggers.Item(1);

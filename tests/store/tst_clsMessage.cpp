@@ -44,14 +44,14 @@ private slots:
     void newMessageHasItsOwnIdentifier()
     {
         clsMessage a;
-        clsMessage b;
         QVERIFY(QRegularExpression(QStringLiteral("^[0-9A-F]{32}$")).match(a.MessageID).hasMatch());
-        QVERIFY(a.MessageID != b.MessageID);
+        QVERIFY(a.MessageID != clsMessage().MessageID);
         QCOMPARE(a.LinkGUID(), a.MessageID);
-        QVERIFY(a.NewMessage);
     }
 
-    void addHeaderFoldsARepeatedNameIntoOneSlot()
+    // A repeated name folds into its slot; a numeric index is a position;
+    // removing a slot moves the later ones down.
+    void headerSlotsByNameOrPosition()
     {
         clsMessage m;
         m.AddHeader(QStringLiteral(" X-Tag "), QStringLiteral(" one"));
@@ -60,36 +60,24 @@ private slots:
         QCOMPARE(m.HeaderName(1), QStringLiteral("X-Tag"));
         QCOMPARE(m.HeaderValue(QStringLiteral("x-tag")), QStringLiteral(" one two"));
         QCOMPARE(m.MessageHeader(), QStringLiteral("X-Tag:  one two\r\n"));
-
         m.AddHeader(QStringLiteral("Later"), QStringLiteral("v"), true);
         QCOMPARE(m.NoHeaders, qint16(2));
         QCOMPARE(m.MessageHeader(), QStringLiteral("X-Tag:  one two\r\n"));
-    }
 
-    void headerIndexIsAPositionWhenNumeric()
-    {
-        clsMessage m;
         m.AddHeader(QStringLiteral("7"), QStringLiteral("named seven"));
-        m.AddHeader(QStringLiteral("B"), QStringLiteral("second"));
+        m.AddHeader(QStringLiteral("B"), QStringLiteral("b"));
         QCOMPARE(m.HeaderValue(QStringLiteral("7")), QString());
-        QCOMPARE(m.HeaderValue(QStringLiteral(" 2 ")), QStringLiteral("second"));
-        QCOMPARE(m.HeaderValue(QStringLiteral("b")), QStringLiteral("second"));
+        QCOMPARE(m.HeaderValue(QStringLiteral(" 4 ")), QStringLiteral("b"));
         QCOMPARE(m.HeaderName(0), QString());
-        QCOMPARE(m.HeaderName(3), QString());
+        QCOMPARE(m.HeaderName(5), QString());
         QCOMPARE(m.HeaderNumber(QStringLiteral("missing")), 0);
-    }
 
-    void removeHeaderMovesLaterSlotsDown()
-    {
-        clsMessage m;
-        for (const char *name : {"A", "B", "C"})
-            m.AddHeader(QString::fromLatin1(name), QString::fromLatin1(name).toLower());
         m.RemoveHeader(QStringLiteral("unknown"));
+        QCOMPARE(m.NoHeaders, qint16(4));
+        m.RemoveHeader(QStringLiteral(" later "));
         QCOMPARE(m.NoHeaders, qint16(3));
-        m.RemoveHeader(QStringLiteral(" b "));
-        QCOMPARE(m.NoHeaders, qint16(2));
-        QCOMPARE(m.HeaderName(2), QStringLiteral("C"));
-        QCOMPARE(m.MessageHeader(), QStringLiteral("A: a\r\nC: c\r\n"));
+        QCOMPARE(m.HeaderName(3), QStringLiteral("B"));
+        QCOMPARE(m.MessageHeader(), QStringLiteral("X-Tag:  one two\r\n7: named seven\r\nB: b\r\n"));
     }
 
     void headerTextEndsInOneBlankLine()
