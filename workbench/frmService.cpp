@@ -146,6 +146,8 @@ void frmService::ReadLog()
 
 void frmService::AddRemoteLog(const QString &Fragment)
 {
+    if (!LogFile.isEmpty())
+        return; // the file being followed carries the same line
     clsXML xml(Fragment);
     QString stamp;
     QString message;

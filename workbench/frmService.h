@@ -47,7 +47,8 @@ public:
     void SetRemote();
     bool Following() const { return LogTimer.isActive(); }
     void ClearLog();
-    // One pushed line: a fragment with TimeStamp and Msg.
+    // One pushed line: a fragment with TimeStamp and Msg. A pane that
+    // follows a file leaves it out.
     void AddRemoteLog(const QString &Fragment);
     // The first batch: lines separated by LF.
     void AddFirstLog(const QString &Text);

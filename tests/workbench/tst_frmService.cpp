@@ -84,6 +84,10 @@ private slots:
         pane.ReadLog();
         QCOMPARE(Rows(pane).last(), QStringLiteral("half done"));
         QCOMPARE(pane.GridSVC->rowCount(), 5);
+
+        // The same line pushed by the server is not shown twice.
+        pane.AddRemoteLog(QStringLiteral("<TimeStamp>") + Stamp(today) + QStringLiteral("</TimeStamp><Msg>half done</Msg>"));
+        QCOMPARE(pane.GridSVC->rowCount(), 5);
     }
 
     void longFileStartsAtTodaysFirstLine()
