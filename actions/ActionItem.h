@@ -4,10 +4,12 @@
 #include <memory>
 #include <utility>
 
+class clsXML;
+
 // One action of a trigger's list, of any kind. The action classes share no
 // base: each has the members ID, Enabled and Condition (data), ClassName(),
-// ClassDesc(), ActionDescription(), XML() and setXML(), and this holder deals
-// with them by name. As<T>() gives the concrete action.
+// ClassDesc(), ActionDescription(), XML(), setXML() and ReadXML(), and this
+// holder deals with them by name. As<T>() gives the concrete action.
 class ActionItem
 {
 public:
@@ -29,6 +31,7 @@ public:
     QString ActionDescription() const { return m_self->ActionDescription(); }
     QString XML() const { return m_self->XML(); }
     void setXML(const QString &Value) { m_self->setXML(Value); }
+    void ReadXML(clsXML &Reader) { m_self->ReadXML(Reader); }
 
     // The action as its own class; nullptr when it is of another kind.
     template <class T> T *As()
@@ -57,6 +60,7 @@ private:
         virtual QString ActionDescription() const = 0;
         virtual QString XML() const = 0;
         virtual void setXML(const QString &Value) = 0;
+        virtual void ReadXML(clsXML &Reader) = 0;
     };
 
     template <class T> struct Model final : Concept
@@ -73,6 +77,7 @@ private:
         QString ActionDescription() const override { return Action.ActionDescription(); }
         QString XML() const override { return Action.XML(); }
         void setXML(const QString &Value) override { Action.setXML(Value); }
+        void ReadXML(clsXML &Reader) override { Action.ReadXML(Reader); }
         T Action;
     };
 

@@ -30,10 +30,15 @@ QString clsActionComment::XML() const
 
 void clsActionComment::setXML(const QString &Fragment)
 {
+    clsXML reader(Fragment);
+    ReadXML(reader);
+}
+
+void clsActionComment::ReadXML(clsXML &Reader)
+{
     try {
-        clsXML reader(Fragment);
-        reader.Extract(ID, QStringLiteral("ID"));
-        reader.Extract(Comment, QStringLiteral("Comment"));
+        Reader.Extract(ID, QStringLiteral("ID"));
+        Reader.Extract(Comment, QStringLiteral("Comment"));
         Enabled = true;
         Condition.clear();
     } catch (const std::exception &error) {

@@ -1,6 +1,8 @@
 #pragma once
 #include <QString>
 
+class clsXML;
+
 // A note in the action list; the server passes over it.
 class clsActionComment
 {
@@ -20,4 +22,7 @@ public:
     // new comment has them.
     QString XML() const;
     void setXML(const QString &Fragment);
+    // Reads the fragment from a reader of it, such as one nested in a
+    // trigger's.
+    void ReadXML(clsXML &Reader);
 };

@@ -102,13 +102,18 @@ QString clsActionLogical::XML() const
 
 void clsActionLogical::setXML(const QString &Fragment)
 {
+    clsXML reader(Fragment);
+    ReadXML(reader);
+}
+
+void clsActionLogical::ReadXML(clsXML &Reader)
+{
     try {
-        clsXML reader(Fragment);
-        BeginActionRead(reader);
-        reader.Extract(ID, QStringLiteral("ID"));
-        reader.Extract(LogicalType, QStringLiteral("LogicalType"));
-        reader.Extract(LabelName, QStringLiteral("LabelName"));
-        ExtractActionCondition(reader, Condition);
+        BeginActionRead(Reader);
+        Reader.Extract(ID, QStringLiteral("ID"));
+        Reader.Extract(LogicalType, QStringLiteral("LogicalType"));
+        Reader.Extract(LabelName, QStringLiteral("LabelName"));
+        ExtractActionCondition(Reader, Condition);
         Enabled = true;
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsActionLogical.XML.Let"), error);

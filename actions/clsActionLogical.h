@@ -2,6 +2,8 @@
 #include <QString>
 #include <QtGlobal>
 
+class clsXML;
+
 // A step of the list's own flow: If, Else, End If, End Processing, Label and
 // GoTo, told apart by LogicalType.
 class clsActionLogical
@@ -26,4 +28,7 @@ public:
 
     QString XML() const;
     void setXML(const QString &Fragment);
+    // Reads the fragment from a reader of it, such as one nested in a
+    // trigger's.
+    void ReadXML(clsXML &Reader);
 };

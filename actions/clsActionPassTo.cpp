@@ -37,14 +37,19 @@ QString clsActionPassTo::XML() const
 
 void clsActionPassTo::setXML(const QString &Fragment)
 {
+    clsXML reader(Fragment);
+    ReadXML(reader);
+}
+
+void clsActionPassTo::ReadXML(clsXML &Reader)
+{
     try {
-        clsXML reader(Fragment);
-        BeginActionRead(reader);
-        reader.Extract(ID, QStringLiteral("ID"));
-        reader.Extract(Enabled, QStringLiteral("Enabled"));
-        reader.Extract(TriggerID, QStringLiteral("TriggerID"));
-        reader.Extract(Value, QStringLiteral("Value"));
-        ExtractActionCondition(reader, Condition);
+        BeginActionRead(Reader);
+        Reader.Extract(ID, QStringLiteral("ID"));
+        Reader.Extract(Enabled, QStringLiteral("Enabled"));
+        Reader.Extract(TriggerID, QStringLiteral("TriggerID"));
+        Reader.Extract(Value, QStringLiteral("Value"));
+        ExtractActionCondition(Reader, Condition);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsActionPassTo.XML.Let"), error);
     }

@@ -3,6 +3,8 @@
 
 #include <functional>
 
+class clsXML;
+
 // Hands a value to another trigger, which runs on it as on a message.
 class clsActionPassTo
 {
@@ -21,6 +23,9 @@ public:
 
     QString XML() const;
     void setXML(const QString &Fragment);
+    // Reads the fragment from a reader of it, such as one nested in a
+    // trigger's.
+    void ReadXML(clsXML &Reader);
 
     // The name of the first trigger with that ID in all accounts, in their
     // order; empty when there is none. The owner of the accounts installs it.

@@ -77,6 +77,16 @@ QString clsActionRaw::XML() const
 
 void clsActionRaw::setXML(const QString &Fragment)
 {
+    ReadFragment(Fragment);
+}
+
+void clsActionRaw::ReadXML(clsXML &Reader)
+{
+    ReadFragment(Reader.XML());
+}
+
+void clsActionRaw::ReadFragment(const QString &Fragment)
+{
     try {
         qsizetype headEnd = SkipElement(Fragment, 0, QStringLiteral("Class"));
         headEnd = SkipElement(Fragment, headEnd, QStringLiteral("ID"));

@@ -1,6 +1,8 @@
 #pragma once
 #include <QString>
 
+class clsXML;
+
 // Holds an action of a kind whose own record isn't part of the system yet.
 // It reads what every action shares and keeps the fragment as it came, so
 // that storing the trigger again loses nothing of it.
@@ -25,11 +27,15 @@ public:
     // the bare envelope.
     QString XML() const;
     void setXML(const QString &Fragment);
+    // Reads the fragment from a reader of it, such as one nested in a
+    // trigger's.
+    void ReadXML(clsXML &Reader);
 
     // An own tag of the fragment, decoded; empty when it isn't there.
     QString TagValue(const QString &Tag) const;
 
 private:
+    void ReadFragment(const QString &Fragment);
     // The CRM kinds store no condition.
     bool StoresCondition() const;
     bool IsCRM() const;

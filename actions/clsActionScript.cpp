@@ -35,13 +35,18 @@ QString clsActionScript::XML() const
 
 void clsActionScript::setXML(const QString &Fragment)
 {
+    clsXML reader(Fragment);
+    ReadXML(reader);
+}
+
+void clsActionScript::ReadXML(clsXML &Reader)
+{
     try {
-        clsXML reader(Fragment);
-        BeginActionRead(reader);
-        reader.Extract(ID, QStringLiteral("ID"));
-        reader.Extract(Enabled, QStringLiteral("Enabled"));
-        reader.Extract(SBScriptToRun, QStringLiteral("SBScriptToRun"));
-        ExtractActionCondition(reader, Condition);
+        BeginActionRead(Reader);
+        Reader.Extract(ID, QStringLiteral("ID"));
+        Reader.Extract(Enabled, QStringLiteral("Enabled"));
+        Reader.Extract(SBScriptToRun, QStringLiteral("SBScriptToRun"));
+        ExtractActionCondition(Reader, Condition);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsActionScript.XML.Let"), error);
     }

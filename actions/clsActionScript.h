@@ -1,6 +1,8 @@
 #pragma once
 #include <QString>
 
+class clsXML;
+
 // Runs a script of the product's Basic on the message.
 class clsActionScript
 {
@@ -18,4 +20,7 @@ public:
 
     QString XML() const;
     void setXML(const QString &Fragment);
+    // Reads the fragment from a reader of it, such as one nested in a
+    // trigger's.
+    void ReadXML(clsXML &Reader);
 };

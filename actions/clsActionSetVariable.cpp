@@ -88,21 +88,26 @@ QString clsActionSetVariable::XML() const
 
 void clsActionSetVariable::setXML(const QString &Fragment)
 {
+    clsXML reader(Fragment);
+    ReadXML(reader);
+}
+
+void clsActionSetVariable::ReadXML(clsXML &Reader)
+{
     try {
-        clsXML reader(Fragment);
-        BeginActionRead(reader);
-        reader.Extract(ID, QStringLiteral("ID"));
-        reader.Extract(Enabled, QStringLiteral("Enabled"));
-        reader.Extract(Name, QStringLiteral("Name"));
-        reader.Extract(Value, QStringLiteral("Value"));
-        reader.Extract(Persist, QStringLiteral("Persist"));
-        reader.Extract(Operation, QStringLiteral("Operation"));
-        reader.Extract(Append, QStringLiteral("Append"));
-        reader.Extract(DBLookup, QStringLiteral("DBLookup"));
-        reader.Extract(DBConnectionString, QStringLiteral("DBConnectionString"), false, true);
-        reader.Extract(DBSQL, QStringLiteral("DBSQL"));
-        reader.Extract(DBReturnField, QStringLiteral("DBReturnField"));
-        ExtractActionCondition(reader, Condition);
+        BeginActionRead(Reader);
+        Reader.Extract(ID, QStringLiteral("ID"));
+        Reader.Extract(Enabled, QStringLiteral("Enabled"));
+        Reader.Extract(Name, QStringLiteral("Name"));
+        Reader.Extract(Value, QStringLiteral("Value"));
+        Reader.Extract(Persist, QStringLiteral("Persist"));
+        Reader.Extract(Operation, QStringLiteral("Operation"));
+        Reader.Extract(Append, QStringLiteral("Append"));
+        Reader.Extract(DBLookup, QStringLiteral("DBLookup"));
+        Reader.Extract(DBConnectionString, QStringLiteral("DBConnectionString"), false, true);
+        Reader.Extract(DBSQL, QStringLiteral("DBSQL"));
+        Reader.Extract(DBReturnField, QStringLiteral("DBReturnField"));
+        ExtractActionCondition(Reader, Condition);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsActionSetVariable.XML.Let"), error);
     }

@@ -2,6 +2,8 @@
 #include <QString>
 #include <QtGlobal>
 
+class clsXML;
+
 // Gives a variable of the run a value, or one looked up in a database, and
 // may work on it by one of the numbered operations.
 class clsActionSetVariable
@@ -28,6 +30,9 @@ public:
 
     QString XML() const;
     void setXML(const QString &Fragment);
+    // Reads the fragment from a reader of it, such as one nested in a
+    // trigger's.
+    void ReadXML(clsXML &Reader);
 
     // Name of an operation, 0 to 30 in the order of the operation list;
     // empty for any other number.

@@ -7,6 +7,7 @@
 #include "clsActionScript.h"
 #include "clsActionSetVariable.h"
 #include "foundation/Startup.h"
+#include "foundation/clsXML.h"
 
 #include <QHash>
 #include <QList>
@@ -83,18 +84,28 @@ void colActions::setParent(clsAccountTrigger *Value)
         m_parent = Value;
 }
 
-QString colActions::ClassFromXML(const QString &XML)
+QString colActions::ClassFromXML(QStringView XML)
 {
-    static const QString open = QStringLiteral("<Class>");
+    static constexpr QStringView open = u"<Class>";
     const qsizetype start = XML.indexOf(open);
     if (start < 0)
         return QString();
     const qsizetype from = start + open.size();
-    const qsizetype end = XML.indexOf(QStringLiteral("</Class>"), from);
-    return end < 0 ? QString() : XML.mid(from, end - from);
+    const qsizetype end = XML.indexOf(u"</Class>", from);
+    return end < 0 ? QString() : XML.mid(from, end - from).toString();
 }
 
 ActionItem *colActions::AddXML(const QString &XML)
+{
+    return AddRead(XML, [&XML](ActionItem &action) { action.setXML(XML); });
+}
+
+ActionItem *colActions::AddXML(clsXML &Reader)
+{
+    return AddRead(Reader.XMLView(), [&Reader](ActionItem &action) { action.ReadXML(Reader); });
+}
+
+template <typename Read> ActionItem *colActions::AddRead(QStringView XML, Read read)
 {
     try {
         const QString key = ClassFromXML(XML);
@@ -103,7 +114,7 @@ ActionItem *colActions::AddXML(const QString &XML)
         std::unique_ptr<ActionItem> action = NewObject(key);
         if (!action)
             return nullptr;
-        action->setXML(XML);
+        read(*action);
         return Add(std::move(action));
     } catch (const std::exception &error) {
         LogError(QStringLiteral("colActions.AddXML"), error);

@@ -22,6 +22,9 @@ public:
     // it and adds it under its ID; nullptr for a fragment without a key, for
     // an unknown key and for an ID already present.
     ActionItem *AddXML(const QString &XML);
+    // The same from a reader of the fragment, such as one nested in a
+    // trigger's.
+    ActionItem *AddXML(clsXML &Reader);
     // A new action of the class key, not added; nullptr for an unknown key.
     static std::unique_ptr<ActionItem> NewObject(const QString &ClassName);
     // Appends under the action's ID; nullptr when the ID is already present.
@@ -69,7 +72,9 @@ public:
 
 private:
     // The key between the first "<Class>" and the first "</Class>" behind it.
-    static QString ClassFromXML(const QString &XML);
+    static QString ClassFromXML(QStringView XML);
+    // Makes the action of the fragment's class key, has Read fill it and adds it.
+    template <typename Read> ActionItem *AddRead(QStringView XML, Read read);
     QList<int> Levels() const;
     bool ElseBlockHasEndIf(const QList<int> &Levels, int Position) const;
     ActionItem *Insert(std::unique_ptr<ActionItem> NewAction, int Before);

@@ -4,13 +4,35 @@
 #include <QRegularExpression>
 #include <QStringList>
 #include <QUuid>
+#include <limits>
 #include <optional>
 
 namespace {
 
+// Upper-case hexadecimal, at least that many digits.
 QString Hex(quint32 value, int digits)
 {
-    return QStringLiteral("%1").arg(value, digits, 16, QChar(u'0')).toUpper();
+    while (digits < 8 && (value >> (4 * digits)) != 0)
+        ++digits;
+    QString text(digits, Qt::Uninitialized);
+    for (int i = digits - 1; i >= 0; --i, value >>= 4)
+        text[i] = QLatin1Char("0123456789ABCDEF"[value & 0xF]);
+    return text;
+}
+
+// The local time now, as a date and time without zone. The zone's offset is
+// looked up at most once a second on each thread, since every look-up reads
+// the zone's file.
+QDateTime LocalWallClock()
+{
+    thread_local qint64 offsetMSecs = 0;
+    thread_local qint64 lookedUpAt = std::numeric_limits<qint64>::min();
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (now < lookedUpAt || now - lookedUpAt >= 1000) {
+        offsetMSecs = qint64(QDateTime::fromMSecsSinceEpoch(now).offsetFromUtc()) * 1000;
+        lookedUpAt = now;
+    }
+    return QDateTime::fromMSecsSinceEpoch(now + offsetMSecs, Qt::UTC);
 }
 
 QString CountOf(qint64 count, const char *singular, const char *plural)
@@ -155,6 +177,11 @@ QString GetGUID()
 QString GUIDDigits()
 {
     return QUuid::createUuid().toString(QUuid::Id128).toUpper();
+}
+
+QString NewUniqueID()
+{
+    return NewUniqueID(LocalWallClock());
 }
 
 QString NewUniqueID(const QDateTime &Now)

@@ -48,8 +48,9 @@ QString GUIDDigits();
 
 // Identifier of a new account, trigger, field, action or folder: 11 upper-case
 // hexadecimal digits, four random, four for the fraction of the day gone (in
-// 65536ths) and three for the day of the year.
-QString NewUniqueID(const QDateTime &Now = QDateTime::currentDateTime());
+// 65536ths) and three for the day of the year, of the local time now or Now.
+QString NewUniqueID();
+QString NewUniqueID(const QDateTime &Now);
 
 // The time-zone names offered by the console: "GMT,Eastern,Central,Mountain,
 // Pacific," then world cities, ending with "UTC". Combos store the position

@@ -65,7 +65,7 @@ const std::vector<Key> &WriteOrder()
     static const std::vector<Key> keys = [] {
         std::vector<Key> order = ReadOrder();
         const auto port = std::find_if(order.begin(), order.end(),
-                                       [](const Key &key) { return key.Tag == QLatin1String("WebAccessPort"); });
+                                       [](const Key &key) { return key.Tag.Name() == QLatin1String("WebAccessPort"); });
         std::iter_swap(port, port + 1);
         return order;
     }();

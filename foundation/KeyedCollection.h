@@ -2,6 +2,7 @@
 #include <QHash>
 #include <QString>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -18,8 +19,8 @@ public:
     T *Item(int Index) const { return InRange(Index) ? m_items[Index - 1].item.get() : nullptr; }
     T *Item(const QString &Key) const { return Item(IndexOf(Key)); }
     // 1-based position of a key, 0 when absent.
-    int IndexOf(const QString &Key) const { return m_index.value(Key.toLower(), -1) + 1; }
-    bool Contains(const QString &Key) const { return m_index.contains(Key.toLower()); }
+    int IndexOf(const QString &Key) const { return m_index.value(LowerKey(Key), -1) + 1; }
+    bool Contains(const QString &Key) const { return m_index.contains(LowerKey(Key)); }
     QString KeyAt(int Index) const { return InRange(Index) ? m_items[Index - 1].key : QString(); }
     // 1-based position of the first item for which Match(item) holds, 0 when none.
     template <typename Match> int FirstIndex(Match match) const
@@ -35,7 +36,8 @@ public:
     // refused and the item is given back as nullptr after being destroyed.
     T *Add(std::unique_ptr<T> item, const QString &Key = QString(), int Before = 0)
     {
-        if (!Key.isEmpty() && Contains(Key))
+        const QString lowerKey = LowerKey(Key);
+        if (!Key.isEmpty() && m_index.contains(lowerKey))
             return nullptr;
         T *raw = item.get();
         if (InRange(Before)) {
@@ -44,7 +46,7 @@ public:
         } else {
             m_items.push_back(Entry{Key, std::move(item)});
             if (!Key.isEmpty())
-                m_index.insert(Key.toLower(), Count() - 1);
+                m_index.insert(lowerKey, Count() - 1);
         }
         return raw;
     }
@@ -115,12 +117,24 @@ private:
     };
 
     bool InRange(int Index) const { return Index >= 1 && Index <= Count(); }
+    // QString::toLower, done here for the plain ASCII keys that are the rule.
+    static QString LowerKey(const QString &Key)
+    {
+        if (std::any_of(Key.begin(), Key.end(), [](QChar c) { return c.unicode() >= 128; }))
+            return Key.toLower();
+        if (std::none_of(Key.begin(), Key.end(), [](QChar c) { return c >= u'A' && c <= u'Z'; }))
+            return Key;
+        QString lower(Key.size(), Qt::Uninitialized);
+        std::transform(Key.begin(), Key.end(), lower.begin(),
+                       [](QChar c) { return c >= u'A' && c <= u'Z' ? QChar(c.unicode() + 32) : c; });
+        return lower;
+    }
     void Reindex()
     {
         m_index.clear();
         for (int i = 0; i < Count(); ++i)
             if (!m_items[i].key.isEmpty())
-                m_index.insert(m_items[i].key.toLower(), i);
+                m_index.insert(LowerKey(m_items[i].key), i);
     }
 
     std::vector<Entry> m_items;

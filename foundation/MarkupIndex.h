@@ -24,12 +24,24 @@ public:
     };
 
     explicit MarkupIndex(QString text);
+    // The index of the text without TAB and LF, trimmed of blanks at both
+    // ends, made in the same pass as that text.
+    static MarkupIndex OfCleanedText(QStringView Raw);
 
     const QString &Text() const { return m_text; }
     const std::vector<Tag> &Tags() const { return m_tags; }
 
-    // Whether the tag at Index has the lower-cased name Name with hash Hash.
-    bool Matches(std::size_t Index, QStringView Name, std::uint32_t Hash) const;
+    // The first tag from From up to To that has the lower-cased name Name
+    // with hash Hash; To when there is none.
+    std::size_t Find(std::size_t From, std::size_t To, QStringView Name, std::uint32_t Hash) const
+    {
+        for (std::size_t i = From; i < To; ++i) {
+            const Tag &tag = m_tags[i];
+            if (tag.Hash == Hash && tag.Length == Name.size() && SameName(tag, Name))
+                return i;
+        }
+        return To;
+    }
     // The view of the text between the end of tag Open and the start of Close.
     QStringView Between(std::size_t Open, std::size_t Close) const;
 
@@ -44,6 +56,11 @@ public:
     }
 
 private:
+    MarkupIndex() = default;
+    void ReserveTags(qsizetype textSize);
+    template <typename Next> void IndexTags(Next next);
+    bool SameName(const Tag &tag, QStringView Name) const;
+
     QString m_text;
     std::vector<Tag> m_tags;
 };

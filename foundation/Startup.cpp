@@ -25,6 +25,8 @@ ErrorSink &Sink()
     return sink;
 }
 
+thread_local DeferredErrors *t_deferredErrors = nullptr;
+
 QString WithTrailingSlash(QString path)
 {
     if (!path.endsWith(u'/'))
@@ -69,11 +71,31 @@ QString LogError(const QString &Routine, const QString &Text, int Number)
     text.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
     text.replace(u'\r', u' ').replace(u'\n', u' ');
 
+    const QString message = text + u' ' + Global.VersionText + QStringLiteral(" FROM ") + Routine;
+    if (t_deferredErrors) {
+        t_deferredErrors->push_back({Routine, Text, Number});
+        return message;
+    }
     Global.LastErrorNumber = Number;
     Global.LastErrorText = text;
-    const QString message = text + u' ' + Global.VersionText + QStringLiteral(" FROM ") + Routine;
     Sink()(Global.AppTitle, QStringLiteral("System Error\r\n\r\n") + message);
     return message;
+}
+
+DeferErrors::DeferErrors(DeferredErrors &Errors) : m_previous(t_deferredErrors)
+{
+    t_deferredErrors = &Errors;
+}
+
+DeferErrors::~DeferErrors()
+{
+    t_deferredErrors = m_previous;
+}
+
+void ReplayErrors(const DeferredErrors &Errors)
+{
+    for (const DeferredError &error : Errors)
+        LogError(error.Routine, error.Text, error.Number);
 }
 
 QString LogError(const QString &Routine, const std::exception &error)

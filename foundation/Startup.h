@@ -3,6 +3,7 @@
 #include <QStringList>
 #include <exception>
 #include <functional>
+#include <vector>
 
 // Where LogError's message goes: the console shows a box, the server writes
 // its log. The title is AppTitle, the text "System Error", two line ends and
@@ -15,6 +16,32 @@ void SetErrorSink(ErrorSink sink);
 // characters, line ends as blanks) + " " + version + " FROM " + routine.
 QString LogError(const QString &Routine, const QString &Text = QString(), int Number = 0);
 QString LogError(const QString &Routine, const std::exception &error);
+
+// What LogError was asked to record, kept to be recorded later.
+struct DeferredError
+{
+    QString Routine;
+    QString Text;
+    int Number = 0;
+};
+using DeferredErrors = std::vector<DeferredError>;
+
+// While it lives, LogError on this thread keeps its errors in Errors instead
+// of recording them, and still returns the message. A worker thread reads
+// with it; the thread that owns the error sink then replays the errors.
+class DeferErrors
+{
+public:
+    explicit DeferErrors(DeferredErrors &Errors);
+    ~DeferErrors();
+    DeferErrors(const DeferErrors &) = delete;
+    DeferErrors &operator=(const DeferErrors &) = delete;
+
+private:
+    DeferredErrors *m_previous;
+};
+// Records kept errors, in order, on the calling thread.
+void ReplayErrors(const DeferredErrors &Errors);
 
 // Fills the global block's paths, identity and start-up facts.
 void SetStartupProperties(const QStringList &arguments);

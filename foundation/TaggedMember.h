@@ -18,7 +18,7 @@ enum class TagForm { Value, Password, Fragment, Identity };
 // moves forward, and the writer cannot drift apart.
 template <typename Record> struct TaggedMember
 {
-    QString Tag;
+    MarkupTag Tag;
     std::variant<QString Record::*, bool Record::*, qint16 Record::*, qint32 Record::*, Currency Record::*,
                  QDateTime Record::*>
         Ref;
@@ -32,13 +32,13 @@ template <typename Record> void WriteTaggedMember(clsXML &writer, const Record &
             const auto &value = record.*member;
             if constexpr (std::is_same_v<std::remove_cvref_t<decltype(value)>, QString>) {
                 if (entry.How == TagForm::Password)
-                    writer.AppendPassword(value, entry.Tag);
+                    writer.AppendPassword(value, entry.Tag.Name());
                 else if (entry.How == TagForm::Fragment)
-                    writer.AppendXML(value, entry.Tag);
+                    writer.AppendXML(value, entry.Tag.Name());
                 else
-                    writer.Append(value, entry.Tag);
+                    writer.Append(value, entry.Tag.Name());
             } else {
-                writer.Append(value, entry.Tag);
+                writer.Append(value, entry.Tag.Name());
             }
         },
         entry.Ref);

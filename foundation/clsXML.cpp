@@ -8,10 +8,10 @@
 #include <QFile>
 #include <QSaveFile>
 #include <QTextStream>
-#include <QVarLengthArray>
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 namespace {
 
@@ -20,45 +20,70 @@ bool IsTabOrLineFeed(QChar c)
     return c == u'\t' || c == u'\n';
 }
 
-// The text without TAB and LF, trimmed of blanks at both ends, in one pass.
+// The index of the text without TAB and LF, trimmed of blanks at both ends.
 // A nested fragment read raw is clean already and is shared, not copied.
-QString CleanText(const QString &value)
+std::shared_ptr<const MarkupIndex> IndexOfCleanedText(const QString &value)
 {
     if (value.front() != u' ' && value.back() != u' ' && std::none_of(value.begin(), value.end(), IsTabOrLineFeed))
-        return value;
-    QString cleaned(value.size(), Qt::Uninitialized);
-    QChar *end = std::remove_copy_if(value.begin(), value.end(), cleaned.data(), IsTabOrLineFeed);
-    return TrimBlanks(QStringView(cleaned.constData(), end - cleaned.constData())).toString();
+        return std::make_shared<const MarkupIndex>(value);
+    return std::make_shared<const MarkupIndex>(MarkupIndex::OfCleanedText(value));
 }
 
-QString DecodeEntities(QString value)
+struct Escape
 {
-    value.replace(QStringLiteral("&apos;"), QStringLiteral("'"));
-    value.replace(QStringLiteral("&quot;"), QStringLiteral("\""));
-    value.replace(QStringLiteral("&lt;"), QStringLiteral("<"));
-    value.replace(QStringLiteral("&gt;"), QStringLiteral(">"));
-    value.replace(QStringLiteral("&amp;"), QStringLiteral("&"));
-    return value;
+    QStringView Text;
+    char16_t Char;
+};
+
+constexpr Escape Entities[] = {
+    {u"&apos;", u'\''}, {u"&quot;", u'"'}, {u"&lt;", u'<'}, {u"&gt;", u'>'}, {u"&amp;", u'&'},
+};
+constexpr Escape ControlCodes[] = {{u"#xD;", u'\r'}, {u"#xA;", u'\n'}, {u"#x9;", u'\t'}, {u"#1A;", 26}};
+
+// The escape of the list that the text starts with, or nullptr; the character
+// 26 only WithSubstitute.
+const Escape *EscapeAt(QStringView text, bool withSubstitute)
+{
+    const auto starts = [&](const Escape &escape) {
+        return (withSubstitute || escape.Char != 26) && text.startsWith(escape.Text);
+    };
+    const std::span<const Escape> list =
+        text.front() == u'&' ? std::span<const Escape>(Entities) : std::span<const Escape>(ControlCodes);
+    const auto found = std::find_if(list.begin(), list.end(), starts);
+    return found == list.end() ? nullptr : &*found;
 }
 
-QString DecodeControlCodes(QString value, bool withSubstitute)
+// The entities, then the "#" codes decoded, in one pass. No replacement gives
+// a character of any pattern, so this is what replacing each pattern in turn
+// through the whole text gives.
+QString DecodeEscapes(QStringView value, bool withSubstitute)
 {
-    value.replace(QStringLiteral("#xD;"), QStringLiteral("\r"));
-    value.replace(QStringLiteral("#xA;"), QStringLiteral("\n"));
-    value.replace(QStringLiteral("#x9;"), QStringLiteral("\t"));
-    if (withSubstitute)
-        value.replace(QStringLiteral("#1A;"), QString(QChar(26)));
-    return value;
+    QString decoded;
+    decoded.reserve(value.size());
+    qsizetype plainFrom = 0;
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        if (value[i] != u'&' && value[i] != u'#')
+            continue;
+        const Escape *escape = EscapeAt(value.mid(i), withSubstitute);
+        if (!escape)
+            continue;
+        decoded.append(value.mid(plainFrom, i - plainFrom));
+        decoded.append(QChar(escape->Char));
+        i += escape->Text.size() - 1;
+        plainFrom = i + 1;
+    }
+    decoded.append(value.mid(plainFrom));
+    return decoded;
 }
 
-QString DecodeString(const QString &raw)
+QString DecodeString(QStringView raw)
 {
-    QString value = UnpackWideText(raw);
-    if (value.contains(u'&'))
-        value = DecodeEntities(value);
-    if (value.contains(u'#'))
-        value = DecodeControlCodes(value, true);
-    return value;
+    const auto escaped = [](QStringView text) { return text.contains(u'&') || text.contains(u'#'); };
+    if (raw.startsWith(QChar(2))) {
+        const QString value = UnpackWideText(raw.toString());
+        return escaped(value) ? DecodeEscapes(value, true) : value;
+    }
+    return escaped(raw) ? DecodeEscapes(raw, true) : raw.toString();
 }
 
 bool NeedsEscape(QChar c)
@@ -94,13 +119,33 @@ QString EncodeString(const QString &value)
     return PackWideText(text);
 }
 
+// An optional "-" and up to 18 digits, the form the writer gives whole
+// numbers, read without the general number parser; false for any other text.
+bool ParsePlainWhole(QStringView text, qlonglong &out)
+{
+    const bool negative = text.startsWith(u'-');
+    const QStringView digits = text.mid(negative ? 1 : 0);
+    if (digits.isEmpty() || digits.size() > 18)
+        return false;
+    qlonglong value = 0;
+    for (QChar c : digits) {
+        if (c < u'0' || c > u'9')
+            return false;
+        value = value * 10 + (c.unicode() - u'0');
+    }
+    out = negative ? -value : value;
+    return true;
+}
+
 // Text to a whole number of the given range: integers as they are, decimals
 // rounded half to even; anything else, or out of range, fails.
 template <typename Int> bool ParseWhole(QStringView text, Int &out)
 {
     const QStringView t = text.trimmed();
-    bool ok = false;
-    qlonglong whole = t.toLongLong(&ok);
+    qlonglong whole = 0;
+    bool ok = ParsePlainWhole(t, whole);
+    if (!ok)
+        whole = t.toLongLong(&ok);
     if (!ok) {
         const double value = std::nearbyint(t.toDouble(&ok));
         if (!ok || !(std::fabs(value) < 9.2e18))
@@ -133,11 +178,41 @@ bool ParseTime(const QString &text, QTime &time)
     return false;
 }
 
+// "yyyy-MM-dd HH:mm:ss", the form the writer gives dates, read without the
+// general date parser; false for any other text and for an invalid date.
+bool ParseWrittenDateTime(QStringView text, QDateTime &out)
+{
+    static constexpr char16_t Form[] = u"####-##-## ##:##:##";
+    if (text.size() != qsizetype(std::size(Form)) - 1)
+        return false;
+    int fields[6] = {};
+    int field = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (Form[i] != u'#') {
+            if (c != Form[i])
+                return false;
+            ++field;
+        } else if (c >= u'0' && c <= u'9') {
+            fields[field] = fields[field] * 10 + (c - u'0');
+        } else {
+            return false;
+        }
+    }
+    if (!QDate::isValid(fields[0], fields[1], fields[2]) || !QTime::isValid(fields[3], fields[4], fields[5]))
+        return false;
+    out = QDateTime(QDate(fields[0], fields[1], fields[2]), QTime(fields[3], fields[4], fields[5]));
+    return true;
+}
+
 // A date, or a date and a time separated by the first blank; the zero date
 // for anything unreadable.
-QDateTime ParseDateTime(const QString &value)
+QDateTime ParseDateTime(QStringView value)
 {
-    const QString text = value.trimmed();
+    QDateTime written;
+    if (ParseWrittenDateTime(value.trimmed(), written))
+        return written;
+    const QString text = value.trimmed().toString();
     const qsizetype blank = text.indexOf(u' ');
     QDate date;
     if (!ParseDate(blank < 0 ? text : text.left(blank), date))
@@ -148,9 +223,14 @@ QDateTime ParseDateTime(const QString &value)
     return QDateTime(date, time);
 }
 
+// "-1" and "0", the forms the writer and older records give, are read without
+// the general number parser.
 bool ParseBool(QStringView text)
 {
     const QStringView t = text.trimmed();
+    qlonglong whole = 0;
+    if (ParsePlainWhole(t, whole))
+        return whole != 0;
     if (t.compare(u"true", Qt::CaseInsensitive) == 0)
         return true;
     bool ok = false;
@@ -167,16 +247,17 @@ template <typename Number> QString NumberText(Number value)
 
 QString clsXML::XML() const
 {
-    if (!m_doc)
-        return QString();
-    return TrimBlanks(QStringView(m_doc->Text()).mid(m_textBegin, m_textEnd - m_textBegin)).toString();
+    return TrimBlanks(XMLView()).toString();
+}
+
+QStringView clsXML::XMLView() const
+{
+    return m_doc ? QStringView(m_doc->Text()).mid(m_textBegin, m_textEnd - m_textBegin) : QStringView();
 }
 
 bool clsXML::IsEmpty() const
 {
-    if (!m_doc)
-        return true;
-    const QStringView text = QStringView(m_doc->Text()).mid(m_textBegin, m_textEnd - m_textBegin);
+    const QStringView text = XMLView();
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c == u' '; });
 }
 
@@ -185,7 +266,7 @@ void clsXML::setXML(const QString &value)
     m_doc.reset();
     try {
         if (!value.isEmpty())
-            m_doc = std::make_shared<const MarkupIndex>(CleanText(value));
+            m_doc = IndexOfCleanedText(value);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("XML.Let"), error);
     }
@@ -204,47 +285,21 @@ void clsXML::ResetCursor(std::size_t first, std::size_t end)
     m_namesAhead.reset();
 }
 
-void clsXML::setExtractUntil(const QString &Tag)
+QString clsXML::ExtractUntil() const
 {
-    m_until.clear();
-    if (!Tag.isEmpty()) {
-        m_until.reserve(Tag.size() + 2);
-        m_until += u'<';
-        for (QChar c : Tag)
-            m_until += MarkupIndex::LowerChar(c);
-        m_until += u'>';
-    }
+    return m_until ? u'<' + m_until->Open().toString() + u'>' : QString();
+}
+
+void clsXML::setExtractUntil(const MarkupTag &Tag)
+{
+    m_until.reset();
+    if (!Tag.IsEmpty())
+        m_until = Tag;
     m_stop.reset();
     m_namesAhead.reset();
 }
 
 namespace {
-
-// The lower-cased name of a tag and its hash, with "/" before it for the
-// close tag.
-struct TagName
-{
-    QVarLengthArray<QChar, 64> Chars;
-    std::uint32_t OpenHash = 0;
-    std::uint32_t CloseHash = 0;
-
-    explicit TagName(QStringView tag)
-    {
-        Chars.append(u'/');
-        std::uint32_t hash = MarkupIndex::HashStart();
-        std::uint32_t closeHash = MarkupIndex::HashStep(hash, u'/');
-        for (QChar c : tag) {
-            const QChar lower = MarkupIndex::LowerChar(c);
-            Chars.append(lower);
-            hash = MarkupIndex::HashStep(hash, lower);
-            closeHash = MarkupIndex::HashStep(closeHash, lower);
-        }
-        OpenHash = hash;
-        CloseHash = closeHash;
-    }
-    QStringView Open() const { return QStringView(Chars.constData() + 1, Chars.size() - 1); }
-    QStringView Close() const { return QStringView(Chars.constData(), Chars.size()); }
-};
 
 constexpr std::size_t BloomBits = 4096;
 
@@ -254,15 +309,12 @@ constexpr std::size_t BloomBits = 4096;
 // bound's own tag is the last.
 std::size_t clsXML::SearchLimit()
 {
-    if (m_until.isEmpty())
+    if (!m_until)
         return m_end;
     if (!m_stop) {
-        const TagName bound(QStringView(m_until).mid(1, m_until.size() - 2));
-        std::size_t i = m_first;
-        while (i < m_end && !m_doc->Matches(i, bound.Open(), bound.OpenHash))
-            ++i;
+        const std::size_t i = m_doc->Find(m_first, m_end, m_until->Open(), m_until->OpenHash());
         if (i == m_end) {
-            m_until.clear();
+            m_until.reset();
             return m_end;
         }
         m_stop = i;
@@ -270,18 +322,15 @@ std::size_t clsXML::SearchLimit()
     return *m_stop + 1;
 }
 
-bool clsXML::Locate(const QString &Tag, std::size_t &Open, std::size_t &Close)
+bool clsXML::Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
 {
     try {
         if (!m_doc || m_next >= m_end)
             return false;
         const std::size_t limit = SearchLimit();
-        const TagName name(Tag);
-        if (m_namesAhead && !m_namesAhead->test(name.OpenHash % BloomBits))
+        if (m_namesAhead && !m_namesAhead->test(Tag.OpenHash() % BloomBits))
             return false;
-        std::size_t open = m_next;
-        while (open < limit && !m_doc->Matches(open, name.Open(), name.OpenHash))
-            ++open;
+        const std::size_t open = m_doc->Find(m_next, limit, Tag.Open(), Tag.OpenHash());
         if (open >= limit) {
             if (!m_namesAhead) {
                 m_namesAhead.emplace();
@@ -290,9 +339,7 @@ bool clsXML::Locate(const QString &Tag, std::size_t &Open, std::size_t &Close)
             }
             return false;
         }
-        std::size_t close = open + 1;
-        while (close < m_end && !m_doc->Matches(close, name.Close(), name.CloseHash))
-            ++close;
+        const std::size_t close = m_doc->Find(open + 1, m_end, Tag.Close(), Tag.CloseHash());
         if (close >= m_end)
             return false;
         Open = open;
@@ -305,7 +352,7 @@ bool clsXML::Locate(const QString &Tag, std::size_t &Open, std::size_t &Close)
     }
 }
 
-bool clsXML::Locate(const QString &Tag, QStringView &value)
+bool clsXML::Locate(const MarkupTag &Tag, QStringView &value)
 {
     std::size_t open = 0;
     std::size_t close = 0;
@@ -315,7 +362,7 @@ bool clsXML::Locate(const QString &Tag, QStringView &value)
     return true;
 }
 
-bool clsXML::Extract(clsXML &Child, const QString &Tag)
+bool clsXML::Extract(clsXML &Child, const MarkupTag &Tag)
 {
     std::size_t open = 0;
     std::size_t close = 0;
@@ -329,12 +376,12 @@ bool clsXML::Extract(clsXML &Child, const QString &Tag)
     Child.m_textBegin = inner.data() - m_doc->Text().constData();
     Child.m_textEnd = Child.m_textBegin + inner.size();
     Child.ResetCursor(open + 1, close);
-    Child.m_until.clear();
+    Child.m_until.reset();
     Child.m_depth = 0;
     return true;
 }
 
-bool clsXML::Extract(QString &Target, const QString &Tag, bool Raw, bool Encrypted)
+bool clsXML::Extract(QString &Target, const MarkupTag &Tag, bool Raw, bool Encrypted)
 {
     QStringView value;
     if (!Locate(Tag, value)) {
@@ -346,11 +393,11 @@ bool clsXML::Extract(QString &Target, const QString &Tag, bool Raw, bool Encrypt
     else if (Raw)
         Target = value.toString();
     else
-        Target = DecodeString(value.toString());
+        Target = DecodeString(value);
     return true;
 }
 
-bool clsXML::Extract(bool &Target, const QString &Tag)
+bool clsXML::Extract(bool &Target, const MarkupTag &Tag)
 {
     QStringView value;
     const bool found = Locate(Tag, value);
@@ -358,7 +405,7 @@ bool clsXML::Extract(bool &Target, const QString &Tag)
     return found;
 }
 
-template <typename Int> bool clsXML::ExtractWhole(Int &Target, const QString &Tag)
+template <typename Int> bool clsXML::ExtractWhole(Int &Target, const MarkupTag &Tag)
 {
     QStringView value;
     Target = 0;
@@ -369,22 +416,22 @@ template <typename Int> bool clsXML::ExtractWhole(Int &Target, const QString &Ta
     return true;
 }
 
-bool clsXML::Extract(qint16 &Target, const QString &Tag)
+bool clsXML::Extract(qint16 &Target, const MarkupTag &Tag)
 {
     return ExtractWhole(Target, Tag);
 }
 
-bool clsXML::Extract(qint32 &Target, const QString &Tag)
+bool clsXML::Extract(qint32 &Target, const MarkupTag &Tag)
 {
     return ExtractWhole(Target, Tag);
 }
 
-bool clsXML::Extract(qint64 &Target, const QString &Tag)
+bool clsXML::Extract(qint64 &Target, const MarkupTag &Tag)
 {
     return ExtractWhole(Target, Tag);
 }
 
-bool clsXML::Extract(float &Target, const QString &Tag)
+bool clsXML::Extract(float &Target, const MarkupTag &Tag)
 {
     double value = 0;
     const bool found = Extract(value, Tag);
@@ -392,7 +439,7 @@ bool clsXML::Extract(float &Target, const QString &Tag)
     return found;
 }
 
-bool clsXML::Extract(double &Target, const QString &Tag)
+bool clsXML::Extract(double &Target, const MarkupTag &Tag)
 {
     QStringView value;
     Target = 0;
@@ -404,7 +451,7 @@ bool clsXML::Extract(double &Target, const QString &Tag)
     return true;
 }
 
-bool clsXML::Extract(Currency &Target, const QString &Tag)
+bool clsXML::Extract(Currency &Target, const MarkupTag &Tag)
 {
     QStringView value;
     Target = Currency{};
@@ -415,25 +462,25 @@ bool clsXML::Extract(Currency &Target, const QString &Tag)
     return true;
 }
 
-bool clsXML::Extract(QDateTime &Target, const QString &Tag)
+bool clsXML::Extract(QDateTime &Target, const MarkupTag &Tag)
 {
     QStringView value;
     if (!Locate(Tag, value)) {
         Target = ZeroDate();
         return false;
     }
-    Target = ParseDateTime(value.toString());
+    Target = ParseDateTime(value);
     return true;
 }
 
-bool clsXML::Extract(QVariant &Target, const QString &Tag)
+bool clsXML::Extract(QVariant &Target, const MarkupTag &Tag)
 {
     QStringView value;
     if (!Locate(Tag, value)) {
         Target = QVariant();
         return false;
     }
-    Target = DecodeControlCodes(DecodeEntities(value.toString()), false);
+    Target = DecodeEscapes(value, false);
     return true;
 }
 

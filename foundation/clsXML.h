@@ -1,5 +1,6 @@
 #pragma once
 #include "MarkupIndex.h"
+#include "MarkupTag.h"
 #include "ValueTypes.h"
 #include "clsConcat.h"
 
@@ -36,34 +37,37 @@ public:
     // at both ends and resets the reader.
     QString XML() const;
     void setXML(const QString &value);
+    // The same text, untrimmed, as a view valid while this reader or one
+    // sharing its text lives.
+    QStringView XMLView() const;
     // True when the text read holds nothing but blanks.
     bool IsEmpty() const;
     // The writer's text.
     QString GetXML() const { return m_writer.Text(); }
 
     // Bounds the reads to the text before the first "<tag>"; empty clears it.
-    QString ExtractUntil() const { return m_until; }
-    void setExtractUntil(const QString &Tag);
+    QString ExtractUntil() const;
+    void setExtractUntil(const MarkupTag &Tag);
 
     // Reads the next element named Tag into Target, converted by Target's
     // type. True when the element was found; otherwise Target is reset.
     // Raw gives the text between the tags unconverted (nested fragments);
     // Encrypted deciphers a value that starts with "enc:".
-    bool Extract(QString &Target, const QString &Tag, bool Raw = false, bool Encrypted = false);
+    bool Extract(QString &Target, const MarkupTag &Tag, bool Raw = false, bool Encrypted = false);
     // Reads the next element named Tag as a nested fragment: Child becomes a
     // reader of the text between the tags, as if set to the raw text, sharing
     // this reader's text. Without the element Child reads an empty text.
-    bool Extract(clsXML &Child, const QString &Tag);
-    bool Extract(bool &Target, const QString &Tag);
-    bool Extract(qint16 &Target, const QString &Tag);
-    bool Extract(qint32 &Target, const QString &Tag);
-    bool Extract(qint64 &Target, const QString &Tag);
-    bool Extract(float &Target, const QString &Tag);
-    bool Extract(double &Target, const QString &Tag);
-    bool Extract(Currency &Target, const QString &Tag);
-    bool Extract(QDateTime &Target, const QString &Tag);
+    bool Extract(clsXML &Child, const MarkupTag &Tag);
+    bool Extract(bool &Target, const MarkupTag &Tag);
+    bool Extract(qint16 &Target, const MarkupTag &Tag);
+    bool Extract(qint32 &Target, const MarkupTag &Tag);
+    bool Extract(qint64 &Target, const MarkupTag &Tag);
+    bool Extract(float &Target, const MarkupTag &Tag);
+    bool Extract(double &Target, const MarkupTag &Tag);
+    bool Extract(Currency &Target, const MarkupTag &Tag);
+    bool Extract(QDateTime &Target, const MarkupTag &Tag);
     // Any other type: the text with entities and "#x" codes decoded.
-    bool Extract(QVariant &Target, const QString &Tag);
+    bool Extract(QVariant &Target, const MarkupTag &Tag);
 
     // Writes one element, or nothing for an empty value of the type.
     void Append(const QString &Value, const QString &Tag);
@@ -94,12 +98,12 @@ public:
 private:
     // Finds the next element and moves the cursor past it: the indexes of its
     // open and close tags.
-    bool Locate(const QString &Tag, std::size_t &Open, std::size_t &Close);
+    bool Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close);
     // The same, giving the text between the tags.
-    bool Locate(const QString &Tag, QStringView &value);
+    bool Locate(const MarkupTag &Tag, QStringView &value);
     std::size_t SearchLimit();
     void ResetCursor(std::size_t first, std::size_t end);
-    template <typename Int> bool ExtractWhole(Int &Target, const QString &Tag);
+    template <typename Int> bool ExtractWhole(Int &Target, const MarkupTag &Tag);
     void WriteElement(const QString &Tag, const QString &value);
     QString Indent() const { return QString(m_depth, u'\t'); }
 
@@ -109,8 +113,8 @@ private:
     std::size_t m_first = 0; // the tags of that range
     std::size_t m_end = 0;
     std::size_t m_next = 0;  // cursor: the next tag a search may start at
-    QString m_until;         // stored as the open tag "<tag>"
-    std::optional<std::size_t> m_stop; // tag of m_until once looked for
+    std::optional<MarkupTag> m_until;  // the bound's tag
+    std::optional<std::size_t> m_stop; // index of m_until once looked for
     // Hashes of the tags between the cursor of the first missed read and the
     // bound; the cursor only moves on, so a name not in it is absent.
     std::optional<std::bitset<4096>> m_namesAhead;

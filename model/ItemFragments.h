@@ -19,7 +19,7 @@ QString SectionOfItems(const Items &items, const QString &Section, Keep keep)
 
 // Hands a reader of each element ItemTag inside Section, in order, to Add;
 // the readers share Section's text.
-template <typename AddItem> void ForEachItemReader(clsXML &Section, const QString &ItemTag, AddItem add)
+template <typename AddItem> void ForEachItemReader(clsXML &Section, const MarkupTag &ItemTag, AddItem add)
 {
     clsXML item;
     while (Section.Extract(item, ItemTag))
@@ -28,7 +28,7 @@ template <typename AddItem> void ForEachItemReader(clsXML &Section, const QStrin
 
 // Hands the text inside each element ItemTag of a collection's fragment, in
 // order, to Add.
-template <typename AddItem> void ForEachItemFragment(const QString &XML, const QString &ItemTag, AddItem add)
+template <typename AddItem> void ForEachItemFragment(const QString &XML, const MarkupTag &ItemTag, AddItem add)
 {
     clsXML reader(XML);
     QString fragment;

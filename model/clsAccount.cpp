@@ -128,8 +128,8 @@ const std::vector<AccountTag> &FragmentTags()
     return tags;
 }
 
-const QString TwitterSection = QStringLiteral("TwitterSettings");
-const QString TriggersSection = QStringLiteral("Triggers");
+const MarkupTag TwitterSection = QStringLiteral("TwitterSettings");
+const MarkupTag TriggersSection = QStringLiteral("Triggers");
 const QString VariablesSection = QStringLiteral("GlobalVariables");
 const QString EveryDay = QStringLiteral("|YYYYYYY");
 
@@ -429,7 +429,7 @@ QString clsAccount::XML() const
         writer.XMLSectionStart(ClassName);
         WriteScalars(writer);
         if (TwitterFeed)
-            writer.AppendXML(TwitterSettings, TwitterSection);
+            writer.AppendXML(TwitterSettings, TwitterSection.Name());
         writer.Append(qint32(Triggers.Count()), QStringLiteral("TriggersCount"));
         if (XMLIncludeTriggers)
             writer.AppendXML(Triggers.XML());
@@ -451,6 +451,12 @@ void clsAccount::setXML(const QString &Value)
 
 void clsAccount::ReadXML(clsXML &Reader)
 {
+    if (ReadOwnXML(Reader))
+        SettleRoles();
+}
+
+bool clsAccount::ReadOwnXML(clsXML &Reader)
+{
     try {
         Reader.setExtractUntil(HasOwnTwitterSection(Reader) ? TwitterSection : TriggersSection);
         ReadScalars(Reader);
@@ -466,11 +472,21 @@ void clsAccount::ReadXML(clsXML &Reader)
         if (Reader.Extract(triggers, TriggersSection) && !triggers.IsEmpty())
             Triggers.ReadXML(triggers);
 
-        if (Outbox && Enabled)
-            TakeOutboxRole();
         if (SCHEDULE.isEmpty())
             SCHEDULE = u'0' + QString::number(CheckEveryMins) + EveryDay;
         m_varList.clear();
+        return true;
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("clsAccount.XML.Let"), error);
+        return false;
+    }
+}
+
+void clsAccount::SettleRoles()
+{
+    try {
+        if (Outbox && Enabled)
+            TakeOutboxRole();
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsAccount.XML.Let"), error);
     }

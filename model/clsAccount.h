@@ -219,6 +219,13 @@ public:
     static constexpr qsizetype MaxPersistedVarBytes = 2097152;
 
 private:
+    friend class colAccounts;
+
+    // ReadXML in two steps: the fragment into this account alone, true when
+    // it was read without error; then the roles it gives the account among
+    // all accounts.
+    bool ReadOwnXML(clsXML &Reader);
+    void SettleRoles();
     void WriteScalars(clsXML &Writer) const;
     void ReadScalars(clsXML &Reader);
     void TakeOutboxRole();

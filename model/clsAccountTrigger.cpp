@@ -49,12 +49,12 @@ const HeadingTag FragmentTags[] = {
     {{QStringLiteral("SaveToFolderID"), &T::SaveToFolderID}, false},
 };
 
-const QString ConditionSection = QStringLiteral("TriggerCondition");
-const QString FieldsSection = QStringLiteral("Trigger.Fields");
-const QString FieldTag = QStringLiteral("Trigger.Field");
-const QString ActionsSection = QStringLiteral("Trigger.Actions");
-const QString ActionTag = QStringLiteral("Trigger.Action");
-const QString FieldsListTag = QStringLiteral("FieldsList");
+const MarkupTag ConditionSection = QStringLiteral("TriggerCondition");
+const MarkupTag FieldsSection = QStringLiteral("Trigger.Fields");
+const MarkupTag FieldTag = QStringLiteral("Trigger.Field");
+const MarkupTag ActionsSection = QStringLiteral("Trigger.Actions");
+const MarkupTag ActionTag = QStringLiteral("Trigger.Action");
+const MarkupTag FieldsListTag = QStringLiteral("FieldsList");
 const QString SubsetSection = QStringLiteral("TriggerSubset");
 const QString DatabaseUpdateClass = QStringLiteral("DatabaseUpdate");
 
@@ -63,7 +63,7 @@ void WriteHeading(const T &trigger, clsXML &writer, bool subsetOnly)
     for (const HeadingTag &entry : FragmentTags)
         if (entry.InSubset || !subsetOnly)
             WriteTaggedMember(writer, trigger, entry.Member);
-    writer.AppendXML(trigger.Condition, ConditionSection);
+    writer.AppendXML(trigger.Condition, ConditionSection.Name());
 }
 
 void ReadHeading(T &trigger, clsXML &reader, bool subsetOnly)
@@ -181,16 +181,16 @@ QString clsAccountTrigger::XML() const
         WriteHeading(*this, writer, false);
         if (JustHeaderInXML) {
             m_FieldsList.clear();
-            writer.Append(FieldsList(), FieldsListTag);
+            writer.Append(FieldsList(), FieldsListTag.Name());
         } else {
-            writer.XMLSectionStart(FieldsSection);
+            writer.XMLSectionStart(FieldsSection.Name());
             for (const clsTriggerField *field : *m_FieldsToProcess)
                 writer.AppendXML(field->XML());
-            writer.XMLSectionEnd(FieldsSection);
-            writer.XMLSectionStart(ActionsSection);
+            writer.XMLSectionEnd(FieldsSection.Name());
+            writer.XMLSectionStart(ActionsSection.Name());
             for (const ActionItem *action : *m_ActionList)
-                writer.AppendXML(action->XML(), ActionTag);
-            writer.XMLSectionEnd(ActionsSection);
+                writer.AppendXML(action->XML(), ActionTag.Name());
+            writer.XMLSectionEnd(ActionsSection.Name());
         }
         writer.XMLSectionEnd(ClassName);
         return writer.GetXML();
@@ -221,7 +221,7 @@ void clsAccountTrigger::ReadXML(clsXML &Reader)
         ForEachItemReader(section, FieldTag, [this](clsXML &field) { m_FieldsToProcess->AddXML(field); });
         Reader.setExtractUntil(QString());
         Reader.Extract(section, ActionsSection);
-        ForEachItemReader(section, ActionTag, [this](clsXML &action) { m_ActionList->AddXML(action.XML()); });
+        ForEachItemReader(section, ActionTag, [this](clsXML &action) { m_ActionList->AddXML(action); });
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsAccountTrigger.XML.Let"), error);
     }

@@ -9,7 +9,11 @@
 #include "foundation/Startup.h"
 #include "foundation/clsXML.h"
 
+#include <QThread>
+#include <algorithm>
+#include <atomic>
 #include <exception>
+#include <thread>
 
 namespace {
 
@@ -94,17 +98,78 @@ QString colAccounts::XML() const
     }
 }
 
+// An account read apart from the collection, with the errors of reading it.
+struct colAccounts::AccountRead
+{
+    std::unique_ptr<clsAccount> Account;
+    bool ReadWell = false;
+    DeferredErrors Errors;
+};
+
+// The accounts are read apart, in parallel, and then added in order as AddXML
+// adds them: reading an account's own fragment touches nothing the accounts
+// share, and the errors and the roles among all accounts wait for the adding.
 void colAccounts::setXML(const QString &Value)
 {
     try {
         SelectedAccount = nullptr;
         m_accounts.Clear();
         clsXML reader(Value);
-        ForEachItemReader(reader, clsAccount::ClassName, [this](clsXML &account) { AddXML(account); });
+        std::vector<clsXML> fragments;
+        ForEachItemReader(reader, clsAccount::ClassName,
+                          [&fragments](clsXML &account) { fragments.push_back(account); });
+        for (AccountRead &read : ReadApart(fragments))
+            AddRead(read);
         if (Count() > 0)
             SetLastChecked();
     } catch (const std::exception &error) {
         LogError(QStringLiteral("colAccounts.XML.Let"), error);
+    }
+}
+
+// A new account takes defaults from shared settings and collections, so the
+// accounts are made on this thread and only read on the others.
+std::vector<colAccounts::AccountRead> colAccounts::ReadApart(std::vector<clsXML> &Fragments)
+{
+    std::vector<AccountRead> reads(Fragments.size());
+    for (AccountRead &read : reads) {
+        DeferErrors defer(read.Errors);
+        try {
+            read.Account = std::make_unique<clsAccount>();
+        } catch (const std::exception &error) {
+            LogError(QStringLiteral("colAccounts.AddXML"), error);
+        }
+    }
+    std::atomic<std::size_t> next = 0;
+    const auto work = [&] {
+        for (std::size_t i = next++; i < Fragments.size(); i = next++) {
+            AccountRead &read = reads[i];
+            DeferErrors defer(read.Errors);
+            if (read.Account)
+                read.ReadWell = read.Account->ReadOwnXML(Fragments[i]);
+        }
+    };
+    const std::size_t workers = std::min(std::size_t(std::max(QThread::idealThreadCount(), 1)), Fragments.size());
+    std::vector<std::thread> threads;
+    for (std::size_t n = 1; n < workers; ++n)
+        threads.emplace_back(work);
+    work();
+    for (std::thread &thread : threads)
+        thread.join();
+    return reads;
+}
+
+void colAccounts::AddRead(AccountRead &Read)
+{
+    ReplayErrors(Read.Errors);
+    if (!Read.Account)
+        return;
+    try {
+        if (Read.ReadWell)
+            Read.Account->SettleRoles();
+        Add(std::move(Read.Account));
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("colAccounts.AddXML"), error);
     }
 }
 

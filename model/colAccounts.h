@@ -5,6 +5,7 @@
 #include <QDate>
 #include <QString>
 #include <memory>
+#include <vector>
 
 class clsUser;
 
@@ -79,5 +80,12 @@ public:
     bool HasSamples() const;
 
 private:
+    struct AccountRead;
+    // Reads each fragment into an account of its own, several at a time on
+    // as many threads as the machine runs; see setXML.
+    static std::vector<AccountRead> ReadApart(std::vector<clsXML> &Fragments);
+    // Adds an account read apart, as AddXML adds one it reads itself.
+    void AddRead(AccountRead &Read);
+
     KeyedCollection<clsAccount> m_accounts;
 };

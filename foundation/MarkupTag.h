@@ -1,0 +1,32 @@
+#pragma once
+#include <QString>
+#include <QStringView>
+#include <QVarLengthArray>
+
+#include <cstdint>
+
+// The name of an element as the reader looks for it: lower-cased, with the
+// hashes of its open and close forms, worked out once. Records keep their
+// tags as constants of this type; a text given where a tag is expected
+// becomes one on the spot.
+class MarkupTag
+{
+public:
+    MarkupTag(const QString &Name);
+
+    // The name as written.
+    const QString &Name() const { return m_name; }
+    bool IsEmpty() const { return m_name.isEmpty(); }
+
+    // The lower-cased name, and "/" before it for the close tag.
+    QStringView Open() const { return Close().mid(1); }
+    QStringView Close() const { return QStringView(m_close.constData(), m_close.size()); }
+    std::uint32_t OpenHash() const { return m_openHash; }
+    std::uint32_t CloseHash() const { return m_closeHash; }
+
+private:
+    QString m_name;
+    QVarLengthArray<QChar, 40> m_close;
+    std::uint32_t m_openHash = 0;
+    std::uint32_t m_closeHash = 0;
+};
