@@ -15,14 +15,9 @@ namespace {
 
 const QString ServerProgram = QStringLiteral("postvane-server");
 
-QString ProgramPath()
-{
-    return Global.AppPath + ServerProgram;
-}
-
 bool IsInstalled(const QString &ServiceName)
 {
-    return ServiceName == Global.ProductName && QFileInfo(ProgramPath()).isExecutable();
+    return ServiceName == Global.ProductName && QFileInfo(ServerProgramPath()).isExecutable();
 }
 
 // The process that holds the data folder's lock, 0 when none does.
@@ -43,6 +38,11 @@ qint64 RunningServer()
 }
 
 } // namespace
+
+QString ServerProgramPath()
+{
+    return Global.AppPath + ServerProgram;
+}
 
 QString ServerLockFile(const QString &DataPath)
 {
@@ -86,7 +86,7 @@ bool ServiceStart(const QString &ServiceName)
     if (!IsInstalled(ServiceName))
         return false;
     QProcess server;
-    server.setProgram(ProgramPath());
+    server.setProgram(ServerProgramPath());
     server.setArguments({QStringLiteral("--data"), Global.DataPath});
     server.setWorkingDirectory(Global.DataPath);
     server.setStandardInputFile(QProcess::nullDevice());

@@ -18,6 +18,9 @@ bool ServiceStart(const QString &ServiceName);
 // Asks the running service to stop; false when none runs.
 bool ServiceStop(const QString &ServiceName);
 
+// The server program beside the console.
+QString ServerProgramPath();
+
 // The files of a data folder (with trailing separator) that carry the state.
 QString ServerLockFile(const QString &DataPath);
 QString ServerStateFile(const QString &DataPath);

@@ -4,6 +4,7 @@
 #include "foundation/GlobalBlock.h"
 #include "foundation/GlobalSettings.h"
 #include "foundation/Startup.h"
+#include "services/ServiceControl.h"
 #include "store/GlobalObjects.h"
 
 #include <QApplication>
@@ -21,7 +22,7 @@ namespace {
 bool CreateStore()
 {
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    QProcess::execute(Global.AppPath + QStringLiteral("postvane-server"),
+    QProcess::execute(ServiceControl::ServerProgramPath(),
                       {QStringLiteral("--data"), Global.DataPath, QStringLiteral("--create-store")});
     QApplication::restoreOverrideCursor();
     SettleDatabaseKind();

@@ -380,7 +380,7 @@ bool frmClient::ShowLogin()
 // login; devmode works without it.
 void frmClient::StartLocalServer()
 {
-    if (!QFileInfo(Global.AppPath + QStringLiteral("postvane-server")).isExecutable())
+    if (!QFileInfo(ServiceControl::ServerProgramPath()).isExecutable())
         return;
     Global.ServiceState = ServiceControl::ServiceStatus(Global.ProductName);
     if ((Global.ServiceState == QStringLiteral("Stopped") || Global.FirstRun) && !Global.DevMode) {
