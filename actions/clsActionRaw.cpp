@@ -8,31 +8,45 @@
 
 namespace {
 
-// Position behind the element Tag that begins at From after white space, or
-// From when the text goes on with anything else.
-qsizetype SkipElement(const QString &Text, qsizetype From, const QString &Tag)
+struct Element
+{
+    QStringView Open;
+    QStringView Close;
+};
+
+constexpr Element ClassElement{u"<Class>", u"</Class>"};
+constexpr Element IDElement{u"<ID>", u"</ID>"};
+constexpr Element EnabledElement{u"<Enabled>", u"</Enabled>"};
+constexpr Element ConditionElement{u"<Condition>", u"</Condition>"};
+
+// The element Which when it begins at From after white space: Value is the
+// text inside it and the result the position behind it. From, with Value
+// untouched, when the text goes on with anything else.
+qsizetype SkipElement(QStringView Text, qsizetype From, const Element &Which, QStringView &Value)
 {
     qsizetype start = From;
-    while (start < Text.size() && Text.at(start).isSpace())
+    while (start < Text.size() && Text[start].isSpace())
         ++start;
-    const QString open = u'<' + Tag + u'>';
-    if (!QStringView(Text).mid(start).startsWith(open, Qt::CaseInsensitive))
+    if (!Text.mid(start).startsWith(Which.Open, Qt::CaseInsensitive))
         return From;
-    const QString close = QStringLiteral("</") + Tag + u'>';
-    const qsizetype end = Text.indexOf(close, start + open.size(), Qt::CaseInsensitive);
-    return end < 0 ? From : end + close.size();
+    const qsizetype inner = start + Which.Open.size();
+    const qsizetype end = Text.indexOf(Which.Close, inner, Qt::CaseInsensitive);
+    if (end < 0)
+        return From;
+    Value = Text.mid(inner, end - inner);
+    return end + Which.Close.size();
 }
 
 // Start of the element Condition that closes the fragment, or -1.
-qsizetype TrailingCondition(const QString &Text, qsizetype From)
+qsizetype TrailingCondition(QStringView Text, qsizetype From)
 {
-    const QString close = QStringLiteral("</Condition>");
     qsizetype end = Text.size();
-    while (end > From && Text.at(end - 1).isSpace())
+    while (end > From && Text[end - 1].isSpace())
         --end;
-    if (!QStringView(Text).first(end).endsWith(close, Qt::CaseInsensitive))
+    if (!Text.first(end).endsWith(ConditionElement.Close, Qt::CaseInsensitive))
         return -1;
-    const qsizetype start = Text.lastIndexOf(QStringLiteral("<Condition>"), end - close.size(), Qt::CaseInsensitive);
+    const qsizetype start =
+        Text.lastIndexOf(ConditionElement.Open, end - ConditionElement.Close.size(), Qt::CaseInsensitive);
     return start >= From ? start : -1;
 }
 
@@ -65,7 +79,7 @@ QString clsActionRaw::XML() const
     try {
         clsXML writer;
         AppendActionHead(writer, m_className, ID, Enabled);
-        writer.AppendXML(m_ownTags);
+        writer.AppendXML(OwnTags().toString());
         if (StoresCondition())
             AppendActionCondition(writer, Condition);
         return writer.GetXML();
@@ -88,23 +102,26 @@ void clsActionRaw::ReadXML(clsXML &Reader)
 void clsActionRaw::ReadFragment(const QString &Fragment)
 {
     try {
-        qsizetype headEnd = SkipElement(Fragment, 0, QStringLiteral("Class"));
-        headEnd = SkipElement(Fragment, headEnd, QStringLiteral("ID"));
-        headEnd = SkipElement(Fragment, headEnd, QStringLiteral("Enabled"));
+        QStringView skipped;
+        QStringView id;
+        QStringView enabled;
+        qsizetype headEnd = SkipElement(Fragment, 0, ClassElement, skipped);
+        headEnd = SkipElement(Fragment, headEnd, IDElement, id);
+        headEnd = SkipElement(Fragment, headEnd, EnabledElement, enabled);
         const qsizetype conditionStart = StoresCondition() ? TrailingCondition(Fragment, headEnd) : -1;
-        const qsizetype ownEnd = conditionStart < 0 ? Fragment.size() : conditionStart;
 
-        clsXML head(Fragment.left(headEnd));
-        head.Extract(ID, QStringLiteral("ID"));
-        head.Extract(Enabled, QStringLiteral("Enabled"));
-        m_ownTags = Fragment.mid(headEnd, ownEnd - headEnd);
+        ID = clsXML::TextValue(id);
+        Enabled = clsXML::BoolValue(enabled);
+        m_ownBegin = headEnd;
+        m_ownEnd = conditionStart < 0 ? Fragment.size() : conditionStart;
+        QStringView condition;
         Condition.clear();
-        if (conditionStart >= 0)
-            clsXML(Fragment.mid(conditionStart)).Extract(Condition, QStringLiteral("Condition"), true);
-        if (IsCRM())
-            CRMType = TagValue(QStringLiteral("CRMType"));
+        if (conditionStart >= 0 && SkipElement(Fragment, conditionStart, ConditionElement, condition) > conditionStart)
+            Condition = clsXML::RawValue(condition);
 
         m_fragment = Fragment;
+        if (IsCRM())
+            CRMType = TagValue(QStringLiteral("CRMType"));
         m_readID = ID;
         m_readEnabled = Enabled;
         m_readCondition = Condition;
@@ -113,9 +130,14 @@ void clsActionRaw::ReadFragment(const QString &Fragment)
     }
 }
 
+QStringView clsActionRaw::OwnTags() const
+{
+    return QStringView(m_fragment).mid(m_ownBegin, m_ownEnd - m_ownBegin);
+}
+
 QString clsActionRaw::TagValue(const QString &Tag) const
 {
-    clsXML reader(m_ownTags);
+    clsXML reader(OwnTags().toString());
     QString value;
     reader.Extract(value, Tag);
     return value;

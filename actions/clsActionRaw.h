@@ -36,6 +36,7 @@ public:
 
 private:
     void ReadFragment(const QString &Fragment);
+    QStringView OwnTags() const;
     // The CRM kinds store no condition.
     bool StoresCondition() const;
     bool IsCRM() const;
@@ -43,7 +44,8 @@ private:
     QString m_className;
     QString m_classDesc;
     QString m_fragment; // as read
-    QString m_ownTags;  // between the head and the condition
+    qsizetype m_ownBegin = 0; // of the tags between the head and the condition
+    qsizetype m_ownEnd = 0;
     QString m_readID;
     bool m_readEnabled = true;
     QString m_readCondition;

@@ -97,18 +97,17 @@ QString colActions::ClassFromXML(QStringView XML)
 
 ActionItem *colActions::AddXML(const QString &XML)
 {
-    return AddRead(XML, [&XML](ActionItem &action) { action.setXML(XML); });
+    return AddRead(ClassFromXML(XML), [&XML](ActionItem &action) { action.setXML(XML); });
 }
 
 ActionItem *colActions::AddXML(clsXML &Reader)
 {
-    return AddRead(Reader.XMLView(), [&Reader](ActionItem &action) { action.ReadXML(Reader); });
+    return AddRead(Reader.PlainSearch(QStringLiteral("Class")), [&Reader](ActionItem &action) { action.ReadXML(Reader); });
 }
 
-template <typename Read> ActionItem *colActions::AddRead(QStringView XML, Read read)
+template <typename Read> ActionItem *colActions::AddRead(const QString &key, Read read)
 {
     try {
-        const QString key = ClassFromXML(XML);
         if (key.isEmpty())
             return nullptr;
         std::unique_ptr<ActionItem> action = NewObject(key);

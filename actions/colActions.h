@@ -74,7 +74,7 @@ private:
     // The key between the first "<Class>" and the first "</Class>" behind it.
     static QString ClassFromXML(QStringView XML);
     // Makes the action of the fragment's class key, has Read fill it and adds it.
-    template <typename Read> ActionItem *AddRead(QStringView XML, Read read);
+    template <typename Read> ActionItem *AddRead(const QString &key, Read read);
     QList<int> Levels() const;
     bool ElseBlockHasEndIf(const QList<int> &Levels, int Position) const;
     ActionItem *Insert(std::unique_ptr<ActionItem> NewAction, int Before);

@@ -1,4 +1,6 @@
 #pragma once
+#include "MarkupIndex.h"
+
 #include <QString>
 #include <QStringView>
 #include <QVarLengthArray>
@@ -23,10 +25,17 @@ public:
     QStringView Close() const { return QStringView(m_close.constData(), m_close.size()); }
     std::uint32_t OpenHash() const { return m_openHash; }
     std::uint32_t CloseHash() const { return m_closeHash; }
+    // The open and close tag's names as an index looks them up.
+    MarkupIndex::Wanted OpenName() const { return {Open(), m_name, m_openHash}; }
+    MarkupIndex::Wanted CloseName() const
+    {
+        return {Close(), QStringView(m_writtenClose.constData(), m_writtenClose.size()), m_closeHash};
+    }
 
 private:
     QString m_name;
     QVarLengthArray<QChar, 40> m_close;
+    QVarLengthArray<QChar, 40> m_writtenClose;
     std::uint32_t m_openHash = 0;
     std::uint32_t m_closeHash = 0;
 };

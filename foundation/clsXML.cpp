@@ -15,18 +15,29 @@
 
 namespace {
 
-bool IsTabOrLineFeed(QChar c)
+bool IsCleanedAway(QChar c)
 {
-    return c == u'\t' || c == u'\n';
+    return c == u' ' || MarkupIndex::IsTabOrLineFeed(c);
 }
 
-// The index of the text without TAB and LF, trimmed of blanks at both ends.
-// A nested fragment read raw is clean already and is shared, not copied.
-std::shared_ptr<const MarkupIndex> IndexOfCleanedText(const QString &value)
+// Raw without TAB and LF: the view itself when it holds none, else Copy.
+QStringView WithoutTabsAndLineFeeds(QStringView Raw, QString &Copy)
 {
-    if (value.front() != u' ' && value.back() != u' ' && std::none_of(value.begin(), value.end(), IsTabOrLineFeed))
-        return std::make_shared<const MarkupIndex>(value);
-    return std::make_shared<const MarkupIndex>(MarkupIndex::OfCleanedText(value));
+    const auto first = std::find_if(Raw.begin(), Raw.end(), MarkupIndex::IsTabOrLineFeed);
+    if (first == Raw.end())
+        return Raw;
+    Copy.resize(Raw.size());
+    QChar *out = std::copy(Raw.begin(), first, Copy.data());
+    out = std::remove_copy_if(first, Raw.end(), out, MarkupIndex::IsTabOrLineFeed);
+    Copy.truncate(out - Copy.constData());
+    return Copy;
+}
+
+QString CleanedText(QStringView Raw)
+{
+    QString copy;
+    const QStringView cleaned = WithoutTabsAndLineFeeds(Raw, copy);
+    return cleaned.data() == copy.constData() ? copy : cleaned.toString();
 }
 
 struct Escape
@@ -78,7 +89,9 @@ QString DecodeEscapes(QStringView value, bool withSubstitute)
 
 QString DecodeString(QStringView raw)
 {
-    const auto escaped = [](QStringView text) { return text.contains(u'&') || text.contains(u'#'); };
+    const auto escaped = [](QStringView text) {
+        return std::any_of(text.begin(), text.end(), [](QChar c) { return c == u'&' || c == u'#'; });
+    };
     if (raw.startsWith(QChar(2))) {
         const QString value = UnpackWideText(raw.toString());
         return escaped(value) ? DecodeEscapes(value, true) : value;
@@ -201,7 +214,7 @@ bool ParseWrittenDateTime(QStringView text, QDateTime &out)
     }
     if (!QDate::isValid(fields[0], fields[1], fields[2]) || !QTime::isValid(fields[3], fields[4], fields[5]))
         return false;
-    out = QDateTime(QDate(fields[0], fields[1], fields[2]), QTime(fields[3], fields[4], fields[5]));
+    out = LocalDateTime(QDate(fields[0], fields[1], fields[2]), QTime(fields[3], fields[4], fields[5]));
     return true;
 }
 
@@ -247,33 +260,40 @@ template <typename Number> QString NumberText(Number value)
 
 QString clsXML::XML() const
 {
-    return TrimBlanks(XMLView()).toString();
-}
-
-QStringView clsXML::XMLView() const
-{
-    return m_doc ? QStringView(m_doc->Text()).mid(m_textBegin, m_textEnd - m_textBegin) : QStringView();
-}
-
-bool clsXML::IsEmpty() const
-{
-    const QStringView text = XMLView();
-    return std::all_of(text.begin(), text.end(), [](QChar c) { return c == u' '; });
+    return CleanedText(QStringView(Text()).mid(m_textBegin, m_textEnd - m_textBegin));
 }
 
 void clsXML::setXML(const QString &value)
 {
     m_doc.reset();
-    try {
-        if (!value.isEmpty())
-            m_doc = IndexOfCleanedText(value);
-    } catch (const std::exception &error) {
-        LogError(QStringLiteral("XML.Let"), error);
-    }
-    m_textBegin = 0;
-    m_textEnd = m_doc ? m_doc->Text().size() : 0;
-    ResetCursor(0, m_doc ? m_doc->Tags().size() : 0);
+    m_text = value;
+    SetRange(0, value.size());
     m_depth = 0;
+}
+
+// The range from Begin to End of the text, less the blanks, TABs and LFs at
+// both ends, and nothing read of it yet.
+void clsXML::SetRange(qsizetype begin, qsizetype end)
+{
+    const QChar *text = Text().constData();
+    while (begin < end && IsCleanedAway(text[begin]))
+        ++begin;
+    while (end > begin && IsCleanedAway(text[end - 1]))
+        --end;
+    m_textBegin = begin;
+    m_textEnd = end;
+    m_scanFrom = begin;
+    ResetCursor(0, 0);
+}
+
+void clsXML::Index()
+{
+    if (m_doc || m_textBegin >= m_textEnd)
+        return;
+    m_doc = std::make_shared<const MarkupIndex>(m_text, m_textBegin, m_textEnd);
+    m_text = QString();
+    ResetCursor(0, m_doc->Tags().size());
+    m_next = m_doc->FirstTagFrom(m_scanFrom);
 }
 
 void clsXML::ResetCursor(std::size_t first, std::size_t end)
@@ -283,6 +303,21 @@ void clsXML::ResetCursor(std::size_t first, std::size_t end)
     m_next = first;
     m_stop.reset();
     m_namesAhead.reset();
+}
+
+QString clsXML::PlainSearch(const QString &Tag)
+{
+    try {
+        Index();
+        if (!m_doc)
+            return QString();
+        const std::size_t open = m_doc->FindExact(m_first, m_end, Tag);
+        const std::size_t close = open < m_end ? m_doc->FindExact(open + 1, m_end, u'/' + Tag) : m_end;
+        return close < m_end ? CleanedText(m_doc->Between(open, close)) : QString();
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("XML.Extract"), error);
+        return QString();
+    }
 }
 
 QString clsXML::ExtractUntil() const
@@ -312,7 +347,7 @@ std::size_t clsXML::SearchLimit()
     if (!m_until)
         return m_end;
     if (!m_stop) {
-        const std::size_t i = m_doc->Find(m_first, m_end, m_until->Open(), m_until->OpenHash());
+        const std::size_t i = m_doc->Find(m_first, m_end, m_until->OpenName());
         if (i == m_end) {
             m_until.reset();
             return m_end;
@@ -325,12 +360,13 @@ std::size_t clsXML::SearchLimit()
 bool clsXML::Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
 {
     try {
+        Index();
         if (!m_doc || m_next >= m_end)
             return false;
         const std::size_t limit = SearchLimit();
         if (m_namesAhead && !m_namesAhead->test(Tag.OpenHash() % BloomBits))
             return false;
-        const std::size_t open = m_doc->Find(m_next, limit, Tag.Open(), Tag.OpenHash());
+        const std::size_t open = m_doc->Find(m_next, limit, Tag.OpenName());
         if (open >= limit) {
             if (!m_namesAhead) {
                 m_namesAhead.emplace();
@@ -339,7 +375,7 @@ bool clsXML::Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
             }
             return false;
         }
-        const std::size_t close = m_doc->Find(open + 1, m_end, Tag.Close(), Tag.CloseHash());
+        const std::size_t close = m_doc->Find(open + 1, m_end, Tag.CloseName());
         if (close >= m_end)
             return false;
         Open = open;
@@ -352,13 +388,13 @@ bool clsXML::Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
     }
 }
 
-bool clsXML::Locate(const MarkupTag &Tag, QStringView &value)
+bool clsXML::Locate(const MarkupTag &Tag, QStringView &value, QString &Copy)
 {
     std::size_t open = 0;
     std::size_t close = 0;
     if (!Locate(Tag, open, close))
         return false;
-    value = m_doc->Between(open, close);
+    value = WithoutTabsAndLineFeeds(m_doc->Between(open, close), Copy);
     return true;
 }
 
@@ -372,26 +408,69 @@ bool clsXML::Extract(clsXML &Child, const MarkupTag &Tag)
         return false;
     }
     const QStringView inner = m_doc->Between(open, close);
+    const qsizetype begin = inner.data() - m_doc->Text().constData();
+    Child.m_text = QString();
     Child.m_doc = m_doc;
-    Child.m_textBegin = inner.data() - m_doc->Text().constData();
-    Child.m_textEnd = Child.m_textBegin + inner.size();
+    Child.SetRange(begin, begin + inner.size());
     Child.ResetCursor(open + 1, close);
     Child.m_until.reset();
     Child.m_depth = 0;
     return true;
 }
 
+bool clsXML::ExtractItem(clsXML &Child, const MarkupTag &Tag)
+{
+    if (m_doc || m_until || &Child == this)
+        return Extract(Child, Tag);
+    try {
+        qsizetype innerBegin = 0;
+        qsizetype after = 0;
+        const qsizetype open = MarkupIndex::Scan(m_text, m_scanFrom, m_textEnd, Tag.Open(), innerBegin);
+        const qsizetype innerEnd = open < 0 ? -1 : MarkupIndex::Scan(m_text, innerBegin, m_textEnd, Tag.Close(), after);
+        if (innerEnd < 0) {
+            Child.setXML(QString());
+            return false;
+        }
+        Child.setXML(m_text);
+        Child.SetRange(innerBegin, innerEnd);
+        Child.m_until.reset();
+        m_scanFrom = after;
+        return true;
+    } catch (const std::exception &error) {
+        LogError(QStringLiteral("XML.Extract"), error);
+        return false;
+    }
+}
+
+QString clsXML::TextValue(QStringView Raw)
+{
+    QString copy;
+    return DecodeString(WithoutTabsAndLineFeeds(Raw, copy));
+}
+
+bool clsXML::BoolValue(QStringView Raw)
+{
+    QString copy;
+    return ParseBool(WithoutTabsAndLineFeeds(Raw, copy));
+}
+
+QString clsXML::RawValue(QStringView Raw)
+{
+    return CleanedText(Raw);
+}
+
 bool clsXML::Extract(QString &Target, const MarkupTag &Tag, bool Raw, bool Encrypted)
 {
     QStringView value;
-    if (!Locate(Tag, value)) {
+    QString copy;
+    if (!Locate(Tag, value, copy)) {
         Target.clear();
         return false;
     }
     if (Encrypted && value.startsWith(u"enc:"))
         Target = DecryptText(value.mid(4).toString());
     else if (Raw)
-        Target = value.toString();
+        Target = value.data() == copy.constData() ? std::move(copy) : value.toString();
     else
         Target = DecodeString(value);
     return true;
@@ -400,7 +479,8 @@ bool clsXML::Extract(QString &Target, const MarkupTag &Tag, bool Raw, bool Encry
 bool clsXML::Extract(bool &Target, const MarkupTag &Tag)
 {
     QStringView value;
-    const bool found = Locate(Tag, value);
+    QString copy;
+    const bool found = Locate(Tag, value, copy);
     Target = found && ParseBool(value);
     return found;
 }
@@ -408,8 +488,9 @@ bool clsXML::Extract(bool &Target, const MarkupTag &Tag)
 template <typename Int> bool clsXML::ExtractWhole(Int &Target, const MarkupTag &Tag)
 {
     QStringView value;
+    QString copy;
     Target = 0;
-    if (!Locate(Tag, value))
+    if (!Locate(Tag, value, copy))
         return false;
     if (!ParseWhole(value, Target))
         Target = 0;
@@ -442,8 +523,9 @@ bool clsXML::Extract(float &Target, const MarkupTag &Tag)
 bool clsXML::Extract(double &Target, const MarkupTag &Tag)
 {
     QStringView value;
+    QString copy;
     Target = 0;
-    if (!Locate(Tag, value))
+    if (!Locate(Tag, value, copy))
         return false;
     bool ok = false;
     const double number = value.trimmed().toDouble(&ok);
@@ -454,8 +536,9 @@ bool clsXML::Extract(double &Target, const MarkupTag &Tag)
 bool clsXML::Extract(Currency &Target, const MarkupTag &Tag)
 {
     QStringView value;
+    QString copy;
     Target = Currency{};
-    if (!Locate(Tag, value))
+    if (!Locate(Tag, value, copy))
         return false;
     if (!Currency::FromText(value.toString(), Target))
         Target = Currency{};
@@ -465,7 +548,8 @@ bool clsXML::Extract(Currency &Target, const MarkupTag &Tag)
 bool clsXML::Extract(QDateTime &Target, const MarkupTag &Tag)
 {
     QStringView value;
-    if (!Locate(Tag, value)) {
+    QString copy;
+    if (!Locate(Tag, value, copy)) {
         Target = ZeroDate();
         return false;
     }
@@ -476,7 +560,8 @@ bool clsXML::Extract(QDateTime &Target, const MarkupTag &Tag)
 bool clsXML::Extract(QVariant &Target, const MarkupTag &Tag)
 {
     QStringView value;
-    if (!Locate(Tag, value)) {
+    QString copy;
+    if (!Locate(Tag, value, copy)) {
         Target = QVariant();
         return false;
     }

@@ -20,9 +20,11 @@
 // absent resets the target to its empty value and leaves the cursor where it
 // was. There is no tree, no attribute and no depth tracking.
 //
-// The text is indexed once (MarkupIndex); a nested element can be read by a
-// child reader that shares the parent's text and index, so that reading a
-// deeply nested configuration touches its characters a fixed number of times.
+// The text is indexed once, at the first read (MarkupIndex); a nested element
+// can be read by a child reader that shares the parent's text and index, so
+// that reading a deeply nested configuration touches its characters a fixed
+// number of times. The text is neither copied nor cleaned: the index and the
+// values read leave out the TABs and LFs as they go.
 //
 // The writer emits one line per element, indented by one TAB per section
 // level, and leaves out the empty values (0, false, empty text) so that an
@@ -37,11 +39,13 @@ public:
     // at both ends and resets the reader.
     QString XML() const;
     void setXML(const QString &value);
-    // The same text, untrimmed, as a view valid while this reader or one
-    // sharing its text lives.
-    QStringView XMLView() const;
     // True when the text read holds nothing but blanks.
-    bool IsEmpty() const;
+    bool IsEmpty() const { return m_textBegin >= m_textEnd; }
+    // The text between the first "<Tag>" and the first "</Tag>" behind it,
+    // found as a plain search of the text read finds them: with case, and
+    // with no regard to the cursor or to nesting; empty when either is
+    // missing.
+    QString PlainSearch(const QString &Tag);
     // The writer's text.
     QString GetXML() const { return m_writer.Text(); }
 
@@ -58,6 +62,11 @@ public:
     // reader of the text between the tags, as if set to the raw text, sharing
     // this reader's text. Without the element Child reads an empty text.
     bool Extract(clsXML &Child, const MarkupTag &Tag);
+    // The same, for the items of a long list: while this reader has made no
+    // other read, the element is found by scanning on from the last item, and
+    // each item's reader indexes only its own text, when it is first read, on
+    // whichever thread reads it.
+    bool ExtractItem(clsXML &Child, const MarkupTag &Tag);
     bool Extract(bool &Target, const MarkupTag &Tag);
     bool Extract(qint16 &Target, const MarkupTag &Tag);
     bool Extract(qint32 &Target, const MarkupTag &Tag);
@@ -68,6 +77,12 @@ public:
     bool Extract(QDateTime &Target, const MarkupTag &Tag);
     // Any other type: the text with entities and "#x" codes decoded.
     bool Extract(QVariant &Target, const MarkupTag &Tag);
+
+    // The text inside an element found by other means, converted as Extract
+    // converts it into text, into a flag, or raw.
+    static QString TextValue(QStringView Raw);
+    static bool BoolValue(QStringView Raw);
+    static QString RawValue(QStringView Raw);
 
     // Writes one element, or nothing for an empty value of the type.
     void Append(const QString &Value, const QString &Tag);
@@ -96,23 +111,30 @@ public:
     bool XMLWriteFile(const QString &FileName);
 
 private:
+    const QString &Text() const { return m_doc ? m_doc->Text() : m_text; }
+    void SetRange(qsizetype begin, qsizetype end);
+    // Makes the index of the text read, when there is none yet.
+    void Index();
     // Finds the next element and moves the cursor past it: the indexes of its
     // open and close tags.
     bool Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close);
-    // The same, giving the text between the tags.
-    bool Locate(const MarkupTag &Tag, QStringView &value);
+    // The same, giving the text between the tags without TAB and LF: a view
+    // of the text, or of Copy when the text had any there.
+    bool Locate(const MarkupTag &Tag, QStringView &value, QString &Copy);
     std::size_t SearchLimit();
     void ResetCursor(std::size_t first, std::size_t end);
     template <typename Int> bool ExtractWhole(Int &Target, const MarkupTag &Tag);
     void WriteElement(const QString &Tag, const QString &value);
     QString Indent() const { return QString(m_depth, u'\t'); }
 
-    std::shared_ptr<const MarkupIndex> m_doc;
-    qsizetype m_textBegin = 0; // the text read: a range of the index's text
+    QString m_text;                           // the text, until it is indexed
+    std::shared_ptr<const MarkupIndex> m_doc; // the text and its index
+    qsizetype m_textBegin = 0; // the text read: a range of the text, trimmed
     qsizetype m_textEnd = 0;
-    std::size_t m_first = 0; // the tags of that range
+    qsizetype m_scanFrom = 0;  // cursor of the items found before the index
+    std::size_t m_first = 0;   // the tags of that range, once indexed
     std::size_t m_end = 0;
-    std::size_t m_next = 0;  // cursor: the next tag a search may start at
+    std::size_t m_next = 0;    // cursor: the next tag a search may start at
     std::optional<MarkupTag> m_until;  // the bound's tag
     std::optional<std::size_t> m_stop; // index of m_until once looked for
     // Hashes of the tags between the cursor of the first missed read and the

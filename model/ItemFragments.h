@@ -22,7 +22,7 @@ QString SectionOfItems(const Items &items, const QString &Section, Keep keep)
 template <typename AddItem> void ForEachItemReader(clsXML &Section, const MarkupTag &ItemTag, AddItem add)
 {
     clsXML item;
-    while (Section.Extract(item, ItemTag))
+    while (Section.ExtractItem(item, ItemTag))
         add(item);
 }
 

@@ -10,6 +10,19 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+namespace {
+
+// The text between the first "<Tag>" and the first "</Tag>" behind it.
+QString PlainSearchOf(const QString &Text, const QString &Tag)
+{
+    const QString open = u'<' + Tag + u'>';
+    const qsizetype start = Text.indexOf(open);
+    const qsizetype end = start < 0 ? -1 : Text.indexOf(QStringLiteral("</") + Tag + u'>', start + open.size());
+    return end < 0 ? QString() : Text.mid(start + open.size(), end - start - open.size());
+}
+
+} // namespace
+
 class tst_clsXML : public QObject
 {
     Q_OBJECT
@@ -155,6 +168,73 @@ private slots:
                 QCOMPARE(a, b);
             }
         }
+    }
+
+    // The text is read where it lies, TABs and LFs and all: every read, the
+    // item scan and the plain search must give what they give on the same
+    // text with those deleted beforehand, wherever the TABs and LFs fall.
+    void textIsReadAsIfCleaned()
+    {
+        QRandomGenerator random(11);
+        const QStringList pieces = {QStringLiteral("<Item>"), QStringLiteral("</Item>"), QStringLiteral("<a>"),
+                                    QStringLiteral("</a>"),   QStringLiteral("<B>"),     QStringLiteral("</b>"),
+                                    QStringLiteral("<Class>"), QStringLiteral("</Class>"), QStringLiteral("<cl\tass>"),
+                                    QStringLiteral("<I\ntem>"), QStringLiteral("</\titem>"), QStringLiteral("<a\n>"),
+                                    QStringLiteral("x"),      QStringLiteral("7"),       QStringLiteral(" "),
+                                    QStringLiteral("\t"),     QStringLiteral("\n"),      QStringLiteral("<"),
+                                    QStringLiteral(">"),      QStringLiteral("&amp;"),   QStringLiteral("\u00c9")};
+        const QStringList tags = {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("Item")};
+        for (int round = 0; round < 3000; ++round) {
+            QString text;
+            for (int k = random.bounded(50); k > 0; --k)
+                text += pieces.at(random.bounded(pieces.size()));
+            QString cleaned = text;
+            cleaned.remove(u'\t').remove(u'\n');
+            clsXML raw(text);
+            clsXML clean(cleaned);
+            clsXML rawItem, cleanItem;
+            const bool itemFound = round % 2 ? raw.ExtractItem(rawItem, QStringLiteral("Item"))
+                                             : raw.Extract(rawItem, QStringLiteral("Item"));
+            QCOMPARE(itemFound, clean.Extract(cleanItem, QStringLiteral("Item")));
+            QCOMPARE(rawItem.XML(), cleanItem.XML());
+            QCOMPARE(raw.XML(), clean.XML());
+            QCOMPARE(raw.IsEmpty(), clean.IsEmpty());
+            QCOMPARE(raw.PlainSearch(QStringLiteral("Class")), PlainSearchOf(clean.XML(), QStringLiteral("Class")));
+            for (int read = 0; read < 6; ++read) {
+                const QString &tag = tags.at(random.bounded(tags.size()));
+                QString a, b;
+                int n = -1, m = -1;
+                QCOMPARE(rawItem.Extract(a, tag, read % 2), cleanItem.Extract(b, tag, read % 2));
+                QCOMPARE(a, b);
+                QCOMPARE(raw.Extract(n, tag), clean.Extract(m, tag));
+                QCOMPARE(n, m);
+            }
+        }
+    }
+
+    // A list read item by item finds the same items, scanned or indexed, and
+    // an item's reader reads on after a scan as after an indexed read.
+    void itemsScannedOrIndexedAlike()
+    {
+        const QString text = QStringLiteral("<Head>h</Head>\n<Item>\n\t<Name>one</Name>\n</Item>\n<Skip><Item>"
+                                            "<Name>two</Name></Item></Skip><ITEM><Name>three</Name></ITEM><Item>open");
+        clsXML scanned(text);
+        clsXML indexed(text);
+        QString head;
+        QVERIFY(indexed.Extract(head, QStringLiteral("Head")));
+        QVERIFY(scanned.Extract(head, QStringLiteral("Head")));
+        clsXML fresh(text);
+        QStringList names;
+        clsXML item;
+        while (fresh.ExtractItem(item, QStringLiteral("Item"))) {
+            QString name;
+            item.Extract(name, QStringLiteral("Name"));
+            names << name;
+        }
+        QCOMPARE(names, QStringList({QStringLiteral("one"), QStringLiteral("two"), QStringLiteral("three")}));
+        QString tail;
+        QVERIFY(!fresh.Extract(tail, QStringLiteral("Head")));
+        QVERIFY(fresh.Extract(tail, QStringLiteral("Item"), true) == false);
     }
 
     void emptyAndTinyTexts()
