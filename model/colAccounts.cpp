@@ -11,8 +11,9 @@
 
 #include <QThread>
 #include <algorithm>
-#include <atomic>
+#include <condition_variable>
 #include <exception>
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -101,6 +102,7 @@ QString colAccounts::XML() const
 // An account read apart from the collection, with the errors of reading it.
 struct colAccounts::AccountRead
 {
+    clsXML Fragment;
     std::unique_ptr<clsAccount> Account;
     bool ReadWell = false;
     DeferredErrors Errors;
@@ -115,10 +117,7 @@ void colAccounts::setXML(const QString &Value)
         SelectedAccount = nullptr;
         m_accounts.Clear();
         clsXML reader(Value);
-        std::vector<clsXML> fragments;
-        ForEachItemReader(reader, clsAccount::ClassName,
-                          [&fragments](clsXML &account) { fragments.push_back(account); });
-        for (AccountRead &read : ReadApart(fragments))
+        for (AccountRead &read : ReadApart(reader))
             AddRead(read);
         if (Count() > 0)
             SetLastChecked();
@@ -127,35 +126,61 @@ void colAccounts::setXML(const QString &Value)
     }
 }
 
-// A new account takes defaults from shared settings and collections, so the
-// accounts are made on this thread and only read on the others.
-std::vector<colAccounts::AccountRead> colAccounts::ReadApart(std::vector<clsXML> &Fragments)
+// A new account takes defaults from shared settings and collections, so this
+// thread finds and makes the accounts while the workers read them, and joins
+// them when the list is through. Each account's fragment indexes its own
+// text where it is read and lets it go when done.
+std::deque<colAccounts::AccountRead> colAccounts::ReadApart(clsXML &Section)
 {
-    std::vector<AccountRead> reads(Fragments.size());
-    for (AccountRead &read : reads) {
-        DeferErrors defer(read.Errors);
-        try {
-            read.Account = std::make_unique<clsAccount>();
-        } catch (const std::exception &error) {
-            LogError(QStringLiteral("colAccounts.AddXML"), error);
-        }
-    }
-    std::atomic<std::size_t> next = 0;
+    std::deque<AccountRead> reads;
+    std::mutex lock;
+    std::condition_variable found;
+    std::size_t taken = 0;
+    bool through = false;
     const auto work = [&] {
-        for (std::size_t i = next++; i < Fragments.size(); i = next++) {
-            AccountRead &read = reads[i];
+        std::unique_lock guard(lock);
+        for (;;) {
+            found.wait(guard, [&] { return taken < reads.size() || through; });
+            if (taken == reads.size())
+                return;
+            AccountRead &read = reads[taken++];
+            guard.unlock();
             DeferErrors defer(read.Errors);
             if (read.Account)
-                read.ReadWell = read.Account->ReadOwnXML(Fragments[i]);
+                read.ReadWell = read.Account->ReadOwnXML(read.Fragment);
+            read.Fragment = clsXML();
+            guard.lock();
         }
     };
-    const std::size_t workers = std::min(std::size_t(std::max(QThread::idealThreadCount(), 1)), Fragments.size());
-    std::vector<std::thread> threads;
-    for (std::size_t n = 1; n < workers; ++n)
-        threads.emplace_back(work);
+    std::vector<std::thread> workers;
+    for (int n = 1; n < QThread::idealThreadCount(); ++n)
+        workers.emplace_back(work);
+
+    AccountRead next;
+    while (Section.ExtractItem(next.Fragment, clsAccount::ClassName)) {
+        {
+            DeferErrors defer(next.Errors);
+            try {
+                next.Account = std::make_unique<clsAccount>();
+            } catch (const std::exception &error) {
+                LogError(QStringLiteral("colAccounts.AddXML"), error);
+            }
+        }
+        {
+            const std::lock_guard guard(lock);
+            reads.push_back(std::move(next));
+        }
+        found.notify_one();
+        next = AccountRead();
+    }
+    {
+        const std::lock_guard guard(lock);
+        through = true;
+    }
+    found.notify_all();
     work();
-    for (std::thread &thread : threads)
-        thread.join();
+    for (std::thread &worker : workers)
+        worker.join();
     return reads;
 }
 

@@ -4,6 +4,7 @@
 
 #include <QDate>
 #include <QString>
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -81,9 +82,9 @@ public:
 
 private:
     struct AccountRead;
-    // Reads each fragment into an account of its own, several at a time on
-    // as many threads as the machine runs; see setXML.
-    static std::vector<AccountRead> ReadApart(std::vector<clsXML> &Fragments);
+    // Reads each account element of Section into an account of its own,
+    // several at a time on as many threads as the machine runs; see setXML.
+    static std::deque<AccountRead> ReadApart(clsXML &Section);
     // Adds an account read apart, as AddXML adds one it reads itself.
     void AddRead(AccountRead &Read);
 
