@@ -20,21 +20,6 @@ QString Hex(quint32 value, int digits)
     return text;
 }
 
-// The local time now, as a date and time without zone. The zone's offset is
-// looked up at most once a second on each thread, since every look-up reads
-// the zone's file.
-QDateTime LocalWallClock()
-{
-    thread_local qint64 offsetMSecs = 0;
-    thread_local qint64 lookedUpAt = std::numeric_limits<qint64>::min();
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    if (now < lookedUpAt || now - lookedUpAt >= 1000) {
-        offsetMSecs = qint64(QDateTime::fromMSecsSinceEpoch(now).offsetFromUtc()) * 1000;
-        lookedUpAt = now;
-    }
-    return QDateTime::fromMSecsSinceEpoch(now + offsetMSecs, Qt::UTC);
-}
-
 QString CountOf(qint64 count, const char *singular, const char *plural)
 {
     return QString::number(count) + QLatin1String(count == 1 ? singular : plural);
@@ -82,6 +67,18 @@ std::optional<QDateTime> ReadDateTime(const QString &value)
 }
 
 } // namespace
+
+QDateTime LocalWallClock()
+{
+    thread_local qint64 offsetMSecs = 0;
+    thread_local qint64 lookedUpAt = std::numeric_limits<qint64>::min();
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (now < lookedUpAt || now - lookedUpAt >= 1000) {
+        offsetMSecs = qint64(QDateTime::fromMSecsSinceEpoch(now).offsetFromUtc()) * 1000;
+        lookedUpAt = now;
+    }
+    return QDateTime::fromMSecsSinceEpoch(now + offsetMSecs, Qt::UTC);
+}
 
 QString FormatBytes(qint64 Bytes)
 {
@@ -184,11 +181,23 @@ QString NewUniqueID()
     return NewUniqueID(LocalWallClock());
 }
 
+// Records are made by the thousand while a configuration is read, so each
+// thread draws from a generator of its own and the digits go straight into
+// the text.
 QString NewUniqueID(const QDateTime &Now)
 {
-    const quint32 random = QRandomGenerator::global()->bounded(0x10000u);
+    thread_local QRandomGenerator random(QRandomGenerator::global()->generate());
     const quint32 dayPart = quint32(qint64(Now.time().msecsSinceStartOfDay()) * 65536 / 86400000);
-    return Hex(random, 4) + Hex(dayPart, 4) + Hex(quint32(Now.date().dayOfYear()), 3);
+    const quint32 parts[] = {random.bounded(0x10000u), dayPart, quint32(Now.date().dayOfYear())};
+    const int widths[] = {4, 4, 3};
+    QString id(11, Qt::Uninitialized);
+    QChar *digit = id.data() + id.size();
+    for (int part = 2; part >= 0; --part) {
+        quint32 value = parts[part];
+        for (int n = 0; n < widths[part]; ++n, value >>= 4)
+            *--digit = QLatin1Char("0123456789ABCDEF"[value & 0xF]);
+    }
+    return id;
 }
 
 QString TimeZoneList()

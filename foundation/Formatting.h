@@ -46,6 +46,11 @@ QString GetGUID();
 // form of a message's MessageID and of the store's Guid column.
 QString GUIDDigits();
 
+// The local time now, as a date and time without zone. The zone's offset is
+// looked up at most once a second on each thread, since every look-up reads
+// the zone's file.
+QDateTime LocalWallClock();
+
 // Identifier of a new account, trigger, field, action or folder: 11 upper-case
 // hexadecimal digits, four random, four for the fraction of the day gone (in
 // 65536ths) and three for the day of the year, of the local time now or Now.

@@ -1,6 +1,7 @@
 #include "ValueTypes.h"
 
 #include <cmath>
+#include <limits>
 
 QString Currency::ToText() const
 {
@@ -27,5 +28,21 @@ bool Currency::FromText(const QString &text, Currency &out)
 
 QDateTime ZeroDate()
 {
-    return QDateTime(QDate(1899, 12, 30), QTime(0, 0));
+    return LocalDateTime(QDate(1899, 12, 30), QTime(0, 0));
+}
+
+QDateTime LocalDateTime(QDate Date, QTime Time)
+{
+    struct Made
+    {
+        QDate Date;
+        QTime Time;
+        QDateTime Value;
+        qint64 At = std::numeric_limits<qint64>::min();
+    };
+    thread_local Made last;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (Date != last.Date || Time != last.Time || now < last.At || now - last.At >= 1000)
+        last = {Date, Time, QDateTime(Date, Time), now};
+    return last.Value;
 }

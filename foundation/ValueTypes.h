@@ -21,3 +21,8 @@ struct Currency
 
 // The zero date: what a date without value holds, 1899-12-30 00:00:00.
 QDateTime ZeroDate();
+
+// QDateTime(Date, Time) in local time. Reading a configuration makes many
+// with the same value, and each asks the C library for the zone, which looks
+// at its file again; the last one made on a thread is reused for a second.
+QDateTime LocalDateTime(QDate Date, QTime Time);

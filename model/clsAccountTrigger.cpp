@@ -77,7 +77,7 @@ void ReadHeading(T &trigger, clsXML &reader, bool subsetOnly)
 } // namespace
 
 clsAccountTrigger::clsAccountTrigger()
-    : TriggerID(NewUniqueID()), ReceivedAfter(QDate::currentDate().addDays(-30), QTime(0, 0))
+    : TriggerID(NewUniqueID()), ReceivedAfter(LocalDateTime(LocalWallClock().date().addDays(-30), QTime(0, 0)))
 {
     ReplaceCollections();
 }
