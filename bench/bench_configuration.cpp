@@ -3,14 +3,21 @@
 // reads it back into a new collection, and prints the size, the throughput
 // each way and the time per trigger, for N = 100, 1,000 and 2,000. Then times
 // keyed look-ups (Item by AccountID) against the size of the collection.
+// The built collection is gone before the read, as on a start, where only the
+// file is there.
 //
-// Usage: bench_configuration [--no-lookups] [N ...]
+// Usage: bench_configuration [--no-lookups] [--save FILE] [--read FILE] [N ...]
+//   --save FILE  keeps the text of the last configuration written in FILE
+//   --read FILE  times reading FILE only (a saved or a real configuration)
 #include "SampleConfiguration.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QRandomGenerator>
+#include <algorithm>
 #include <cstdio>
+#include <sys/resource.h>
 
 namespace {
 
@@ -21,33 +28,98 @@ double Seconds(const QElapsedTimer &timer)
     return double(timer.nsecsElapsed()) / 1e9;
 }
 
-void RunConfiguration(int accounts)
+double Megabytes(const QString &xml)
+{
+    return double(xml.toUtf8().size()) / (1024.0 * 1024.0);
+}
+
+struct ReadFigures
+{
+    double Seconds;
+    double UserSeconds; // on all threads
+    double SystemSeconds;
+    int Accounts;
+    int Triggers;
+};
+
+std::pair<double, double> ProcessorSeconds()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval &time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
+    return {seconds(usage.ru_utime), seconds(usage.ru_stime)};
+}
+
+ReadFigures TimeRead(const QString &xml)
+{
+    colAccounts read;
+    QElapsedTimer timer;
+    const auto [user, system] = ProcessorSeconds();
+    timer.start();
+    read.setXML(xml);
+    const double seconds = Seconds(timer);
+    const auto [userAfter, systemAfter] = ProcessorSeconds();
+    return {seconds, userAfter - user, systemAfter - system, read.Count(), read.TotalTriggers()};
+}
+
+void PrintRead(const ReadFigures &figures, double megabytes)
+{
+    const double triggers = std::max(figures.Triggers, 1);
+    std::printf("read %7.3f s %6.1f MB/s %6.1f us/trigger (processor: user %5.1f, system %5.1f us/trigger)\n",
+                figures.Seconds, megabytes / figures.Seconds, figures.Seconds * 1e6 / triggers,
+                figures.UserSeconds * 1e6 / triggers, figures.SystemSeconds * 1e6 / triggers);
+    std::fflush(stdout);
+}
+
+QString WrittenConfiguration(int accounts, double &writeSeconds)
 {
     colAccounts built;
     for (int n = 1; n <= accounts; ++n)
         built.Add(Account(n));
-
     QElapsedTimer timer;
     timer.start();
     const QString xml = built.XML();
-    const double writeSeconds = Seconds(timer);
-    const double megabytes = double(xml.toUtf8().size()) / (1024.0 * 1024.0);
+    writeSeconds = Seconds(timer);
+    return xml;
+}
 
-    colAccounts read;
-    timer.start();
-    read.setXML(xml);
-    const double readSeconds = Seconds(timer);
+bool SaveText(const QString &path, const QString &xml)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(xml.toUtf8()) >= 0;
+}
 
-    const int triggers = read.TotalTriggers();
-    if (read.Count() != accounts || triggers != accounts * TriggersPerAccount) {
-        std::printf("N=%d: read %d accounts and %d triggers\n", accounts, read.Count(), triggers);
+void RunConfiguration(int accounts, const QString &savePath)
+{
+    double writeSeconds = 0;
+    const QString xml = WrittenConfiguration(accounts, writeSeconds);
+    const double megabytes = Megabytes(xml);
+    if (!savePath.isEmpty() && !SaveText(savePath, xml))
+        std::printf("could not save %s\n", qPrintable(savePath));
+
+    const ReadFigures figures = TimeRead(xml);
+    const int triggers = accounts * TriggersPerAccount;
+    if (figures.Accounts != accounts || figures.Triggers != triggers) {
+        std::printf("N=%d: read %d accounts and %d triggers\n", accounts, figures.Accounts, figures.Triggers);
         return;
     }
-    std::printf("%6d accounts %7.1f MB | write %7.3f s %6.1f MB/s %6.1f us/trigger | "
-                "read %7.3f s %6.1f MB/s %6.1f us/trigger\n",
-                accounts, megabytes, writeSeconds, megabytes / writeSeconds, writeSeconds * 1e6 / triggers, readSeconds,
-                megabytes / readSeconds, readSeconds * 1e6 / triggers);
-    std::fflush(stdout);
+    std::printf("%6d accounts %7.1f MB | write %7.3f s %6.1f MB/s %6.1f us/trigger | ", accounts, megabytes,
+                writeSeconds, megabytes / writeSeconds, writeSeconds * 1e6 / triggers);
+    PrintRead(figures, megabytes);
+}
+
+int RunFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        std::printf("cannot read %s\n", qPrintable(path));
+        return 1;
+    }
+    const QString xml = QString::fromUtf8(file.readAll());
+    const ReadFigures figures = TimeRead(xml);
+    std::printf("%6d accounts %6d triggers %7.1f MB | ", figures.Accounts, figures.Triggers, Megabytes(xml));
+    PrintRead(figures, Megabytes(xml));
+    return 0;
 }
 
 // Accounts without triggers: what is timed is the look-up, not the records.
@@ -84,9 +156,17 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     QList<int> sizes;
     bool lookups = true;
-    for (const QString &argument : app.arguments().mid(1)) {
+    QString savePath;
+    const QStringList arguments = app.arguments().mid(1);
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString &argument = arguments.at(i);
+        const QString next = arguments.value(i + 1);
         if (argument == QStringLiteral("--no-lookups"))
             lookups = false;
+        else if (argument == QStringLiteral("--read"))
+            return RunFile(next);
+        else if (argument == QStringLiteral("--save"))
+            savePath = arguments.value(++i);
         else if (argument.toInt() > 0)
             sizes << argument.toInt();
     }
@@ -96,7 +176,7 @@ int main(int argc, char **argv)
     std::printf("Configuration: %d triggers per account, %d fields and 10 actions per trigger\n", TriggersPerAccount,
                 FieldsPerTrigger);
     for (int accounts : sizes)
-        RunConfiguration(accounts);
+        RunConfiguration(accounts, savePath);
     if (!lookups)
         return 0;
     std::printf("Keyed look-ups:\n");
