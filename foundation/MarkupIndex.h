@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <mutex>
 #include <vector>
 
 // The tags of a range of a markup text, found in a single pass, so that
@@ -22,17 +23,28 @@ public:
     {
         qsizetype Pos;       // position of the "<" in the text
         std::uint32_t Hash;  // NameHash of the name without TAB and LF
-        std::int32_t Length; // of the name as written, SpreadName added when it holds TAB or LF
+        std::int32_t Length; // of the name as written, with the flags below
     };
+    // The name holds a TAB or LF.
     static constexpr std::int32_t SpreadName = 0x40000000;
+    // The text between the tag before and this one holds a TAB or LF.
+    static constexpr std::int32_t BlankBefore = 0x20000000;
     // Longer names are never looked for, so they are left out of the index.
-    static constexpr qsizetype MaxNameLength = SpreadName - 1;
+    static constexpr qsizetype MaxNameLength = BlankBefore - 1;
 
-    // Indexes the tags from Begin to End of Text, which is shared, not copied.
+    // The index of the tags from Begin to End of Text, which is shared, not
+    // copied. The tags are found when first asked for, once for all readers
+    // of the text, on whichever thread asks.
     MarkupIndex(const QString &Text, qsizetype Begin, qsizetype End);
 
     const QString &Text() const { return m_text; }
-    const std::vector<Tag> &Tags() const { return m_tags; }
+    const std::vector<Tag> &Tags() const
+    {
+        std::call_once(m_indexed, [this] { IndexTags(); });
+        return m_tags;
+    }
+
+    // The look-ups below serve readers that have asked for Tags().
 
     // A name as a search wants it: lower-cased, as the writer writes it,
     // which most tags found have and which compares fastest, and its hash.
@@ -60,6 +72,11 @@ public:
     std::size_t FirstTagFrom(qsizetype Pos) const;
     // The raw text between the end of tag Open and the start of Close.
     QStringView Between(std::size_t Open, std::size_t Close) const;
+    // False when that text holds no TAB or LF for certain.
+    bool BlankBetween(std::size_t Open, std::size_t Close) const
+    {
+        return Close != Open + 1 || (m_tags[Close].Length & BlankBefore) != 0;
+    }
 
     // Without an index: the position of the "<" of the first tag from Begin
     // to End of Text with the lower-cased name Name, and in After the
@@ -95,24 +112,19 @@ public:
     }
 
 private:
-    // The position of the next "<" from From, End when there is none. This and
-    // the next look at eight characters at a time where the processor can:
-    // they run over every character of a configuration.
-    static qsizetype NextOpen(const QChar *Text, qsizetype From, qsizetype End);
-    // The position from From of the next character that may end a name or be
-    // left out of it: every "<", ">", TAB and LF, and some others.
-    static qsizetype NextNameStop(const QChar *Text, qsizetype From, qsizetype End);
-    template <typename Found> static void ForEachTag(QStringView Text, qsizetype Begin, qsizetype End, Found found);
+    void IndexTags() const;
+    bool AddTag(qsizetype Open, qsizetype Close, bool Spread, bool Blank) const;
     static bool NameIs(const QChar *Text, const Tag &Tag, const Wanted &Name)
     {
         const QChar *written = Text + Tag.Pos + 1;
-        if (Tag.Length == Name.Lower.size())
+        const std::int32_t length = Tag.Length & ~BlankBefore;
+        if (length == Name.Lower.size())
             return std::memcmp(written, Name.Written.data(), std::size_t(Name.Written.size()) * sizeof(QChar)) == 0
                    || SameName(written, Name.Lower);
-        return (Tag.Length & SpreadName)
-               && SameSpreadName(written, Tag.Length & ~SpreadName, Name.Lower, true);
+        return (length & SpreadName) && SameSpreadName(written, NameLength(Tag), Name.Lower, true);
     }
-    static qsizetype NameEnd(const Tag &Tag) { return Tag.Pos + 1 + (Tag.Length & ~SpreadName); }
+    static qsizetype NameLength(const Tag &Tag) { return Tag.Length & MaxNameLength; }
+    static qsizetype NameEnd(const Tag &Tag) { return Tag.Pos + 1 + NameLength(Tag); }
     // Names are mostly written in lower case already, so a character is
     // lowered only when it differs.
     static bool SameName(const QChar *Written, QStringView Name)
@@ -128,5 +140,8 @@ private:
     static std::uint32_t SpreadNameHash(QStringView Name);
 
     QString m_text;
-    std::vector<Tag> m_tags;
+    qsizetype m_begin;
+    qsizetype m_end;
+    mutable std::once_flag m_indexed;
+    mutable std::vector<Tag> m_tags;
 };

@@ -266,9 +266,17 @@ QString clsXML::XML() const
 void clsXML::setXML(const QString &value)
 {
     m_doc.reset();
-    m_text = value;
+    if (!value.isEmpty())
+        m_doc = std::make_shared<const MarkupIndex>(value, 0, value.size());
     SetRange(0, value.size());
+    m_indexed = false;
     m_depth = 0;
+}
+
+const QString &clsXML::Text() const
+{
+    static const QString none;
+    return m_doc ? m_doc->Text() : none;
 }
 
 // The range from Begin to End of the text, less the blanks, TABs and LFs at
@@ -288,12 +296,11 @@ void clsXML::SetRange(qsizetype begin, qsizetype end)
 
 void clsXML::Index()
 {
-    if (m_doc || m_textBegin >= m_textEnd)
+    if (m_indexed || !m_doc)
         return;
-    m_doc = std::make_shared<const MarkupIndex>(m_text, m_textBegin, m_textEnd);
-    m_text = QString();
     ResetCursor(0, m_doc->Tags().size());
     m_next = m_doc->FirstTagFrom(m_scanFrom);
+    m_indexed = true;
 }
 
 void clsXML::ResetCursor(std::size_t first, std::size_t end)
@@ -309,7 +316,7 @@ QString clsXML::PlainSearch(const QString &Tag)
 {
     try {
         Index();
-        if (!m_doc)
+        if (!m_indexed)
             return QString();
         const std::size_t open = m_doc->FindExact(m_first, m_end, Tag);
         const std::size_t close = open < m_end ? m_doc->FindExact(open + 1, m_end, u'/' + Tag) : m_end;
@@ -340,12 +347,10 @@ constexpr std::size_t BloomBits = 4096;
 
 } // namespace
 
-// One past the last tag an open tag may be found at: with a bound, the
-// bound's own tag is the last.
+// With a bound: one past the last tag an open tag may be found at, which is
+// the bound's own tag.
 std::size_t clsXML::SearchLimit()
 {
-    if (!m_until)
-        return m_end;
     if (!m_stop) {
         const std::size_t i = m_doc->Find(m_first, m_end, m_until->OpenName());
         if (i == m_end) {
@@ -357,22 +362,28 @@ std::size_t clsXML::SearchLimit()
     return *m_stop + 1;
 }
 
+void clsXML::NoteNamesAhead(std::size_t Limit)
+{
+    const std::vector<MarkupIndex::Tag> &tags = m_doc->Tags();
+    m_namesAhead.emplace();
+    for (std::size_t i = m_next; i < Limit; ++i)
+        m_namesAhead->set(tags[i].Hash % BloomBits);
+}
+
 bool clsXML::Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
 {
     try {
-        Index();
-        if (!m_doc || m_next >= m_end)
+        if (!m_indexed)
+            Index();
+        if (!m_indexed || m_next >= m_end)
             return false;
-        const std::size_t limit = SearchLimit();
+        const std::size_t limit = m_until ? SearchLimit() : m_end;
         if (m_namesAhead && !m_namesAhead->test(Tag.OpenHash() % BloomBits))
             return false;
         const std::size_t open = m_doc->Find(m_next, limit, Tag.OpenName());
         if (open >= limit) {
-            if (!m_namesAhead) {
-                m_namesAhead.emplace();
-                for (std::size_t i = m_next; i < limit; ++i)
-                    m_namesAhead->set(m_doc->Tags()[i].Hash % BloomBits);
-            }
+            if (!m_namesAhead)
+                NoteNamesAhead(limit);
             return false;
         }
         const std::size_t close = m_doc->Find(open + 1, m_end, Tag.CloseName());
@@ -394,7 +405,9 @@ bool clsXML::Locate(const MarkupTag &Tag, QStringView &value, QString &Copy)
     std::size_t close = 0;
     if (!Locate(Tag, open, close))
         return false;
-    value = WithoutTabsAndLineFeeds(m_doc->Between(open, close), Copy);
+    value = m_doc->Between(open, close);
+    if (m_doc->BlankBetween(open, close))
+        value = WithoutTabsAndLineFeeds(value, Copy);
     return true;
 }
 
@@ -409,10 +422,10 @@ bool clsXML::Extract(clsXML &Child, const MarkupTag &Tag)
     }
     const QStringView inner = m_doc->Between(open, close);
     const qsizetype begin = inner.data() - m_doc->Text().constData();
-    Child.m_text = QString();
     Child.m_doc = m_doc;
     Child.SetRange(begin, begin + inner.size());
     Child.ResetCursor(open + 1, close);
+    Child.m_indexed = true;
     Child.m_until.reset();
     Child.m_depth = 0;
     return true;
@@ -420,20 +433,23 @@ bool clsXML::Extract(clsXML &Child, const MarkupTag &Tag)
 
 bool clsXML::ExtractItem(clsXML &Child, const MarkupTag &Tag)
 {
-    if (m_doc || m_until || &Child == this)
+    if (m_indexed || m_until || !m_doc || &Child == this)
         return Extract(Child, Tag);
     try {
+        const QString &text = m_doc->Text();
         qsizetype innerBegin = 0;
         qsizetype after = 0;
-        const qsizetype open = MarkupIndex::Scan(m_text, m_scanFrom, m_textEnd, Tag.Open(), innerBegin);
-        const qsizetype innerEnd = open < 0 ? -1 : MarkupIndex::Scan(m_text, innerBegin, m_textEnd, Tag.Close(), after);
+        const qsizetype open = MarkupIndex::Scan(text, m_scanFrom, m_textEnd, Tag.Open(), innerBegin);
+        const qsizetype innerEnd = open < 0 ? -1 : MarkupIndex::Scan(text, innerBegin, m_textEnd, Tag.Close(), after);
         if (innerEnd < 0) {
             Child.setXML(QString());
             return false;
         }
-        Child.setXML(m_text);
+        Child.m_doc = std::make_shared<const MarkupIndex>(text, innerBegin, innerEnd);
         Child.SetRange(innerBegin, innerEnd);
+        Child.m_indexed = false;
         Child.m_until.reset();
+        Child.m_depth = 0;
         m_scanFrom = after;
         return true;
     } catch (const std::exception &error) {

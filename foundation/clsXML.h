@@ -111,9 +111,9 @@ public:
     bool XMLWriteFile(const QString &FileName);
 
 private:
-    const QString &Text() const { return m_doc ? m_doc->Text() : m_text; }
+    const QString &Text() const;
     void SetRange(qsizetype begin, qsizetype end);
-    // Makes the index of the text read, when there is none yet.
+    // Takes the tags of the text read and sets the cursor among them, once.
     void Index();
     // Finds the next element and moves the cursor past it: the indexes of its
     // open and close tags.
@@ -122,16 +122,18 @@ private:
     // of the text, or of Copy when the text had any there.
     bool Locate(const MarkupTag &Tag, QStringView &value, QString &Copy);
     std::size_t SearchLimit();
+    // Remembers the names from the cursor to Limit after a read missed.
+    void NoteNamesAhead(std::size_t Limit);
     void ResetCursor(std::size_t first, std::size_t end);
     template <typename Int> bool ExtractWhole(Int &Target, const MarkupTag &Tag);
     void WriteElement(const QString &Tag, const QString &value);
     QString Indent() const { return QString(m_depth, u'\t'); }
 
-    QString m_text;                           // the text, until it is indexed
     std::shared_ptr<const MarkupIndex> m_doc; // the text and its index
     qsizetype m_textBegin = 0; // the text read: a range of the text, trimmed
     qsizetype m_textEnd = 0;
     qsizetype m_scanFrom = 0;  // cursor of the items found before the index
+    bool m_indexed = false;    // whether this reader has asked for the tags
     std::size_t m_first = 0;   // the tags of that range, once indexed
     std::size_t m_end = 0;
     std::size_t m_next = 0;    // cursor: the next tag a search may start at
