@@ -1,8 +1,9 @@
 #include "ActionFragment.h"
 
 namespace {
-const QString ConditionTag = QStringLiteral("Condition");
-}
+const MarkupTag ConditionTag = QStringLiteral("Condition");
+const MarkupTag NoBound = QString();
+} // namespace
 
 void AppendActionHead(clsXML &Writer, const QString &ClassName, const QString &ID, bool Enabled)
 {
@@ -13,7 +14,7 @@ void AppendActionHead(clsXML &Writer, const QString &ClassName, const QString &I
 
 void AppendActionCondition(clsXML &Writer, const QString &Condition)
 {
-    Writer.AppendXML(Condition, ConditionTag);
+    Writer.AppendXML(Condition, ConditionTag.Name());
 }
 
 void BeginActionRead(clsXML &Reader)
@@ -23,6 +24,6 @@ void BeginActionRead(clsXML &Reader)
 
 void ExtractActionCondition(clsXML &Reader, QString &Condition)
 {
-    Reader.setExtractUntil(QString());
+    Reader.setExtractUntil(NoBound);
     Reader.Extract(Condition, ConditionTag, true);
 }

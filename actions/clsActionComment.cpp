@@ -6,7 +6,16 @@
 
 #include <exception>
 
-clsActionComment::clsActionComment() : ID(NewUniqueID()) {}
+namespace {
+
+// The tags of the fragment, in their written order; reading follows the same
+// order because the reader only moves forward.
+const MarkupTag IDTag = QStringLiteral("ID");
+const MarkupTag CommentTag = QStringLiteral("Comment");
+
+} // namespace
+
+clsActionComment::clsActionComment(const QString &ActionID) : ID(ActionID) {}
 
 QString clsActionComment::ActionDescription() const
 {
@@ -19,8 +28,8 @@ QString clsActionComment::XML() const
     try {
         clsXML writer;
         writer.Append(ClassName(), QStringLiteral("Class"));
-        writer.Append(ID, QStringLiteral("ID"));
-        writer.Append(Comment, QStringLiteral("Comment"));
+        writer.Append(ID, IDTag.Name());
+        writer.Append(Comment, CommentTag.Name());
         return writer.GetXML();
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsActionComment.XML.Get"), error);
@@ -37,8 +46,8 @@ void clsActionComment::setXML(const QString &Fragment)
 void clsActionComment::ReadXML(clsXML &Reader)
 {
     try {
-        Reader.Extract(ID, QStringLiteral("ID"));
-        Reader.Extract(Comment, QStringLiteral("Comment"));
+        Reader.Extract(ID, IDTag);
+        Reader.Extract(Comment, CommentTag);
         Enabled = true;
         Condition.clear();
     } catch (const std::exception &error) {

@@ -1,4 +1,6 @@
 #pragma once
+#include "foundation/Formatting.h"
+
 #include <QString>
 
 class clsXML;
@@ -7,7 +9,8 @@ class clsXML;
 class clsActionComment
 {
 public:
-    clsActionComment();
+    // Under a new ID unless one is given.
+    explicit clsActionComment(const QString &ActionID = NewUniqueID());
 
     QString ID;
     bool Enabled = true; // not stored

@@ -8,6 +8,12 @@
 
 namespace {
 
+// The tags of the fragment, in their written order; reading follows the same
+// order because the reader only moves forward.
+const MarkupTag IDTag = QStringLiteral("ID");
+const MarkupTag LogicalTypeTag = QStringLiteral("LogicalType");
+const MarkupTag LabelNameTag = QStringLiteral("LabelName");
+
 QString Keyword(const QString &Closing)
 {
     return QStringLiteral("<Bold><Run Foreground='") + MarkupColors.ColorKeyword + QStringLiteral("' Text='") + Closing;
@@ -25,7 +31,7 @@ QString BehindCondition(const QString &Condition, bool UseMarkUp, const QString 
 
 } // namespace
 
-clsActionLogical::clsActionLogical() : ID(NewUniqueID()) {}
+clsActionLogical::clsActionLogical(const QString &ActionID) : ID(ActionID) {}
 
 QString clsActionLogical::ClassName() const
 {
@@ -89,9 +95,9 @@ QString clsActionLogical::XML() const
     try {
         clsXML writer;
         writer.Append(ClassName(), QStringLiteral("Class"));
-        writer.Append(ID, QStringLiteral("ID"));
-        writer.Append(LogicalType, QStringLiteral("LogicalType"));
-        writer.Append(LabelName, QStringLiteral("LabelName"));
+        writer.Append(ID, IDTag.Name());
+        writer.Append(LogicalType, LogicalTypeTag.Name());
+        writer.Append(LabelName, LabelNameTag.Name());
         AppendActionCondition(writer, Condition);
         return writer.GetXML();
     } catch (const std::exception &error) {
@@ -110,9 +116,9 @@ void clsActionLogical::ReadXML(clsXML &Reader)
 {
     try {
         BeginActionRead(Reader);
-        Reader.Extract(ID, QStringLiteral("ID"));
-        Reader.Extract(LogicalType, QStringLiteral("LogicalType"));
-        Reader.Extract(LabelName, QStringLiteral("LabelName"));
+        Reader.Extract(ID, IDTag);
+        Reader.Extract(LogicalType, LogicalTypeTag);
+        Reader.Extract(LabelName, LabelNameTag);
         ExtractActionCondition(Reader, Condition);
         Enabled = true;
     } catch (const std::exception &error) {

@@ -1,4 +1,6 @@
 #pragma once
+#include "foundation/Formatting.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -9,7 +11,8 @@ class clsXML;
 class clsActionLogical
 {
 public:
-    clsActionLogical();
+    // Under a new ID unless one is given.
+    explicit clsActionLogical(const QString &ActionID = NewUniqueID());
 
     QString ID;
     QString Condition;

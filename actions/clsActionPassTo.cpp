@@ -6,7 +6,18 @@
 
 #include <exception>
 
-clsActionPassTo::clsActionPassTo() : ID(NewUniqueID()) {}
+namespace {
+
+// The tags of the fragment, in their written order; reading follows the same
+// order because the reader only moves forward.
+const MarkupTag IDTag = QStringLiteral("ID");
+const MarkupTag EnabledTag = QStringLiteral("Enabled");
+const MarkupTag TriggerIDTag = QStringLiteral("TriggerID");
+const MarkupTag ValueTag = QStringLiteral("Value");
+
+} // namespace
+
+clsActionPassTo::clsActionPassTo(const QString &ActionID) : ID(ActionID) {}
 
 QString clsActionPassTo::ActionDescription() const
 {
@@ -25,8 +36,8 @@ QString clsActionPassTo::XML() const
     try {
         clsXML writer;
         AppendActionHead(writer, ClassName(), ID, Enabled);
-        writer.Append(TriggerID, QStringLiteral("TriggerID"));
-        writer.Append(Value, QStringLiteral("Value"));
+        writer.Append(TriggerID, TriggerIDTag.Name());
+        writer.Append(Value, ValueTag.Name());
         AppendActionCondition(writer, Condition);
         return writer.GetXML();
     } catch (const std::exception &error) {
@@ -45,10 +56,10 @@ void clsActionPassTo::ReadXML(clsXML &Reader)
 {
     try {
         BeginActionRead(Reader);
-        Reader.Extract(ID, QStringLiteral("ID"));
-        Reader.Extract(Enabled, QStringLiteral("Enabled"));
-        Reader.Extract(TriggerID, QStringLiteral("TriggerID"));
-        Reader.Extract(Value, QStringLiteral("Value"));
+        Reader.Extract(ID, IDTag);
+        Reader.Extract(Enabled, EnabledTag);
+        Reader.Extract(TriggerID, TriggerIDTag);
+        Reader.Extract(Value, ValueTag);
         ExtractActionCondition(Reader, Condition);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsActionPassTo.XML.Let"), error);

@@ -1,4 +1,6 @@
 #pragma once
+#include "foundation/Formatting.h"
+
 #include <QString>
 
 #include <functional>
@@ -9,7 +11,8 @@ class clsXML;
 class clsActionPassTo
 {
 public:
-    clsActionPassTo();
+    // Under a new ID unless one is given.
+    explicit clsActionPassTo(const QString &ActionID = NewUniqueID());
 
     QString ID;
     bool Enabled = true;

@@ -19,6 +19,48 @@ constexpr Element IDElement{u"<ID>", u"</ID>"};
 constexpr Element EnabledElement{u"<Enabled>", u"</Enabled>"};
 constexpr Element ConditionElement{u"<Condition>", u"</Condition>"};
 
+char16_t LowerASCII(char16_t c)
+{
+    return c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c;
+}
+
+// Whether the tag Tag, plain ASCII, stands at At of Text, without regard to
+// case as Qt compares. Only text outside ASCII needs Qt's case folding.
+bool IsTagAt(QStringView Text, qsizetype At, QStringView Tag)
+{
+    if (At < 0 || Text.size() - At < Tag.size())
+        return false;
+    const QChar *text = Text.data() + At;
+    for (qsizetype i = 0; i < Tag.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c >= 128)
+            return Text.mid(At).startsWith(Tag, Qt::CaseInsensitive);
+        if (LowerASCII(c) != LowerASCII(Tag[i].unicode()))
+            return false;
+    }
+    return true;
+}
+
+// Text.indexOf(Tag, From, Qt::CaseInsensitive) for a tag: no character but
+// "<" itself matches its "<", so only those are compared.
+qsizetype FindTag(QStringView Text, qsizetype From, QStringView Tag)
+{
+    for (qsizetype at = Text.indexOf(u'<', From); at >= 0; at = Text.indexOf(u'<', at + 1))
+        if (IsTagAt(Text, at, Tag))
+            return at;
+    return -1;
+}
+
+// Text.lastIndexOf(Tag, From, Qt::CaseInsensitive) for a tag that fits in
+// Text behind From, in the same way.
+qsizetype FindLastTag(QStringView Text, qsizetype From, QStringView Tag)
+{
+    for (qsizetype at = Text.first(From + 1).lastIndexOf(u'<'); at >= 0; at = Text.first(at).lastIndexOf(u'<'))
+        if (IsTagAt(Text, at, Tag))
+            return at;
+    return -1;
+}
+
 // The element Which when it begins at From after white space: Value is the
 // text inside it and the result the position behind it. From, with Value
 // untouched, when the text goes on with anything else.
@@ -27,10 +69,10 @@ qsizetype SkipElement(QStringView Text, qsizetype From, const Element &Which, QS
     qsizetype start = From;
     while (start < Text.size() && Text[start].isSpace())
         ++start;
-    if (!Text.mid(start).startsWith(Which.Open, Qt::CaseInsensitive))
+    if (!IsTagAt(Text, start, Which.Open))
         return From;
     const qsizetype inner = start + Which.Open.size();
-    const qsizetype end = Text.indexOf(Which.Close, inner, Qt::CaseInsensitive);
+    const qsizetype end = FindTag(Text, inner, Which.Close);
     if (end < 0)
         return From;
     Value = Text.mid(inner, end - inner);
@@ -43,17 +85,17 @@ qsizetype TrailingCondition(QStringView Text, qsizetype From)
     qsizetype end = Text.size();
     while (end > From && Text[end - 1].isSpace())
         --end;
-    if (!Text.first(end).endsWith(ConditionElement.Close, Qt::CaseInsensitive))
+    const qsizetype close = end - ConditionElement.Close.size();
+    if (!IsTagAt(Text, close, ConditionElement.Close))
         return -1;
-    const qsizetype start =
-        Text.lastIndexOf(ConditionElement.Open, end - ConditionElement.Close.size(), Qt::CaseInsensitive);
+    const qsizetype start = FindLastTag(Text, close, ConditionElement.Open);
     return start >= From ? start : -1;
 }
 
 } // namespace
 
-clsActionRaw::clsActionRaw(const QString &ClassName, const QString &ClassDesc)
-    : ID(NewUniqueID()), m_className(ClassName), m_classDesc(ClassDesc)
+clsActionRaw::clsActionRaw(const QString &ClassName, const QString &ClassDesc, const QString &ActionID)
+    : ID(ActionID), m_className(ClassName), m_classDesc(ClassDesc)
 {
 }
 

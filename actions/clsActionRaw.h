@@ -1,4 +1,6 @@
 #pragma once
+#include "foundation/Formatting.h"
+
 #include <QString>
 
 class clsXML;
@@ -9,7 +11,8 @@ class clsXML;
 class clsActionRaw
 {
 public:
-    clsActionRaw(const QString &ClassName, const QString &ClassDesc);
+    // Under a new ID unless one is given.
+    clsActionRaw(const QString &ClassName, const QString &ClassDesc, const QString &ActionID = NewUniqueID());
 
     QString ID;
     bool Enabled = true;

@@ -7,7 +7,17 @@
 
 #include <exception>
 
-clsActionScript::clsActionScript() : ID(NewUniqueID()) {}
+namespace {
+
+// The tags of the fragment, in their written order; reading follows the same
+// order because the reader only moves forward.
+const MarkupTag IDTag = QStringLiteral("ID");
+const MarkupTag EnabledTag = QStringLiteral("Enabled");
+const MarkupTag SBScriptToRunTag = QStringLiteral("SBScriptToRun");
+
+} // namespace
+
+clsActionScript::clsActionScript(const QString &ActionID) : ID(ActionID) {}
 
 QString clsActionScript::ClassDesc() const
 {
@@ -24,7 +34,7 @@ QString clsActionScript::XML() const
     try {
         clsXML writer;
         AppendActionHead(writer, ClassName(), ID, Enabled);
-        writer.Append(SBScriptToRun, QStringLiteral("SBScriptToRun"));
+        writer.Append(SBScriptToRun, SBScriptToRunTag.Name());
         AppendActionCondition(writer, Condition);
         return writer.GetXML();
     } catch (const std::exception &error) {
@@ -43,9 +53,9 @@ void clsActionScript::ReadXML(clsXML &Reader)
 {
     try {
         BeginActionRead(Reader);
-        Reader.Extract(ID, QStringLiteral("ID"));
-        Reader.Extract(Enabled, QStringLiteral("Enabled"));
-        Reader.Extract(SBScriptToRun, QStringLiteral("SBScriptToRun"));
+        Reader.Extract(ID, IDTag);
+        Reader.Extract(Enabled, EnabledTag);
+        Reader.Extract(SBScriptToRun, SBScriptToRunTag);
         ExtractActionCondition(Reader, Condition);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsActionScript.XML.Let"), error);

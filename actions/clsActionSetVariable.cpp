@@ -7,7 +7,25 @@
 #include <QStringList>
 #include <exception>
 
-clsActionSetVariable::clsActionSetVariable() : ID(NewUniqueID()) {}
+namespace {
+
+// The tags of the fragment, in their written order; reading follows the same
+// order because the reader only moves forward.
+const MarkupTag IDTag = QStringLiteral("ID");
+const MarkupTag EnabledTag = QStringLiteral("Enabled");
+const MarkupTag NameTag = QStringLiteral("Name");
+const MarkupTag ValueTag = QStringLiteral("Value");
+const MarkupTag PersistTag = QStringLiteral("Persist");
+const MarkupTag OperationTag = QStringLiteral("Operation");
+const MarkupTag AppendTag = QStringLiteral("Append");
+const MarkupTag DBLookupTag = QStringLiteral("DBLookup");
+const MarkupTag DBConnectionStringTag = QStringLiteral("DBConnectionString");
+const MarkupTag DBSQLTag = QStringLiteral("DBSQL");
+const MarkupTag DBReturnFieldTag = QStringLiteral("DBReturnField");
+
+} // namespace
+
+clsActionSetVariable::clsActionSetVariable(const QString &ActionID) : ID(ActionID) {}
 
 QString clsActionSetVariable::OperationDesc(int OperationNumber)
 {
@@ -69,15 +87,15 @@ QString clsActionSetVariable::XML() const
     try {
         clsXML writer;
         AppendActionHead(writer, ClassName(), ID, Enabled);
-        writer.Append(Name, QStringLiteral("Name"));
-        writer.Append(Value, QStringLiteral("Value"));
-        writer.Append(Persist, QStringLiteral("Persist"));
-        writer.Append(Operation, QStringLiteral("Operation"));
-        writer.Append(Append, QStringLiteral("Append"));
-        writer.Append(DBLookup, QStringLiteral("DBLookup"));
-        writer.AppendPassword(DBConnectionString, QStringLiteral("DBConnectionString"));
-        writer.Append(DBSQL, QStringLiteral("DBSQL"));
-        writer.Append(DBReturnField, QStringLiteral("DBReturnField"));
+        writer.Append(Name, NameTag.Name());
+        writer.Append(Value, ValueTag.Name());
+        writer.Append(Persist, PersistTag.Name());
+        writer.Append(Operation, OperationTag.Name());
+        writer.Append(Append, AppendTag.Name());
+        writer.Append(DBLookup, DBLookupTag.Name());
+        writer.AppendPassword(DBConnectionString, DBConnectionStringTag.Name());
+        writer.Append(DBSQL, DBSQLTag.Name());
+        writer.Append(DBReturnField, DBReturnFieldTag.Name());
         AppendActionCondition(writer, Condition);
         return writer.GetXML();
     } catch (const std::exception &error) {
@@ -96,17 +114,17 @@ void clsActionSetVariable::ReadXML(clsXML &Reader)
 {
     try {
         BeginActionRead(Reader);
-        Reader.Extract(ID, QStringLiteral("ID"));
-        Reader.Extract(Enabled, QStringLiteral("Enabled"));
-        Reader.Extract(Name, QStringLiteral("Name"));
-        Reader.Extract(Value, QStringLiteral("Value"));
-        Reader.Extract(Persist, QStringLiteral("Persist"));
-        Reader.Extract(Operation, QStringLiteral("Operation"));
-        Reader.Extract(Append, QStringLiteral("Append"));
-        Reader.Extract(DBLookup, QStringLiteral("DBLookup"));
-        Reader.Extract(DBConnectionString, QStringLiteral("DBConnectionString"), false, true);
-        Reader.Extract(DBSQL, QStringLiteral("DBSQL"));
-        Reader.Extract(DBReturnField, QStringLiteral("DBReturnField"));
+        Reader.Extract(ID, IDTag);
+        Reader.Extract(Enabled, EnabledTag);
+        Reader.Extract(Name, NameTag);
+        Reader.Extract(Value, ValueTag);
+        Reader.Extract(Persist, PersistTag);
+        Reader.Extract(Operation, OperationTag);
+        Reader.Extract(Append, AppendTag);
+        Reader.Extract(DBLookup, DBLookupTag);
+        Reader.Extract(DBConnectionString, DBConnectionStringTag, false, true);
+        Reader.Extract(DBSQL, DBSQLTag);
+        Reader.Extract(DBReturnField, DBReturnFieldTag);
         ExtractActionCondition(Reader, Condition);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsActionSetVariable.XML.Let"), error);

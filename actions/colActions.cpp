@@ -11,8 +11,10 @@
 
 #include <QHash>
 #include <QList>
+#include <QStringList>
 #include <algorithm>
 #include <exception>
+#include <functional>
 
 namespace {
 
@@ -20,60 +22,96 @@ const QString IfClass = QStringLiteral("If");
 const QString ElseClass = QStringLiteral("Else");
 const QString EndIfClass = QStringLiteral("EndIf");
 
-struct KnownKind
+const QString ClassTag = QStringLiteral("Class");
+
+// Makes one kind of action under the ID given.
+using Maker = std::function<std::unique_ptr<ActionItem>(const QString &ActionID)>;
+
+template <class Record> Maker RecordMaker()
 {
-    QString ClassName;
-    QString ClassDesc;
+    return [](const QString &ActionID) { return ActionItem::Make(Record(ActionID)); };
+}
+
+Maker LogicalMaker(qint16 LogicalType)
+{
+    return [LogicalType](const QString &ActionID) {
+        clsActionLogical logical(ActionID);
+        logical.LogicalType = LogicalType;
+        return ActionItem::Make(std::move(logical));
+    };
+}
+
+Maker RawMaker(const QString &ClassName, const QString &ClassDesc, const QString &CRMType)
+{
+    return [ClassName, ClassDesc, CRMType](const QString &ActionID) {
+        clsActionRaw raw(ClassName, ClassDesc, ActionID);
+        raw.CRMType = CRMType;
+        return ActionItem::Make(std::move(raw));
+    };
+}
+
+struct WrittenMaker
+{
+    QString Written; // the key as this system writes it
+    Maker Make;
 };
 
-// Every kind of the catalogue and the hidden ones, by lower-cased key without
-// a CRM suffix.
-const QHash<QString, KnownKind> &KnownKinds()
+// Every kind of the catalogue and the hidden ones held raw; only the three CRM
+// kinds also take a suffix, "crmget.msd" or "crmget.sfdc".
+void AddRawKinds(QHash<QString, WrittenMaker> &ByLowerKey)
 {
-    static const QHash<QString, KnownKind> kinds = [] {
-        QHash<QString, KnownKind> byKey;
-        QList<ActionKind> all = ActionCatalogue();
-        all += ActionHiddenKinds();
-        for (const ActionKind &kind : all) {
-            const QString name = kind.Key.section(u'.', 0, 0);
-            byKey.insert(name.toLower(), KnownKind{name, kind.ClassDesc});
+    static const QStringList crmKinds{QStringLiteral("crmget"), QStringLiteral("crmupdate"),
+                                      QStringLiteral("crmattach")};
+    QList<ActionKind> all = ActionCatalogue();
+    all += ActionHiddenKinds();
+    for (const ActionKind &kind : all) {
+        const QString name = kind.Key.section(u'.', 0, 0);
+        const QString key = name.toLower();
+        ByLowerKey.insert(key, {name, RawMaker(name, kind.ClassDesc, QString())});
+        if (!crmKinds.contains(key))
+            continue;
+        for (const QString &crmType : {QStringLiteral("MSD"), QStringLiteral("SFDC")}) {
+            const QString written = name + u'.' + crmType;
+            ByLowerKey.insert(written.toLower(), {written, RawMaker(name, kind.ClassDesc, crmType)});
+        }
+    }
+}
+
+// The built records, and the logical keys, each of its LogicalType;
+// "Logical" keeps the class's default.
+void AddRecordKinds(QHash<QString, WrittenMaker> &ByLowerKey)
+{
+    const auto add = [&ByLowerKey](const QString &written, Maker make) {
+        ByLowerKey.insert(written.toLower(), {written, std::move(make)});
+    };
+    add(QStringLiteral("Comment"), RecordMaker<clsActionComment>());
+    add(QStringLiteral("Set"), RecordMaker<clsActionSetVariable>());
+    add(QStringLiteral("PassTo"), RecordMaker<clsActionPassTo>());
+    add(QStringLiteral("Script"), RecordMaker<clsActionScript>());
+    add(QStringLiteral("Logical"), LogicalMaker(clsActionLogical().LogicalType));
+    const QString logicalKeys[] = {QStringLiteral("If"),  QStringLiteral("Else"),  QStringLiteral("EndIf"),
+                                   QStringLiteral("End"), QStringLiteral("Label"), QStringLiteral("GoTo")};
+    for (qint16 type = 1; type <= 6; ++type)
+        add(logicalKeys[type - 1], LogicalMaker(type));
+}
+
+// The maker of every class key NewObject takes, under the key lower-cased
+// and as this system writes it, so that a stored key is found without
+// lower-casing it. The records replace the raw kinds of their keys.
+const QHash<QString, Maker> &Makers()
+{
+    static const QHash<QString, Maker> makers = [] {
+        QHash<QString, WrittenMaker> byLowerKey;
+        AddRawKinds(byLowerKey);
+        AddRecordKinds(byLowerKey);
+        QHash<QString, Maker> byKey;
+        for (auto it = byLowerKey.cbegin(); it != byLowerKey.cend(); ++it) {
+            byKey.insert(it.key(), it->Make);
+            byKey.insert(it->Written, it->Make);
         }
         return byKey;
     }();
-    return kinds;
-}
-
-// The LogicalType of a logical key; "logical" keeps the class's default.
-qint16 LogicalTypeOfKey(const QString &Key)
-{
-    static const QHash<QString, qint16> types{
-        {QStringLiteral("logical"), clsActionLogical().LogicalType},
-        {QStringLiteral("if"), 1},
-        {QStringLiteral("else"), 2},
-        {QStringLiteral("endif"), 3},
-        {QStringLiteral("end"), 4},
-        {QStringLiteral("label"), 5},
-        {QStringLiteral("goto"), 6},
-    };
-    return types.value(Key, 0);
-}
-
-// Splits "crmget.msd" into "crmget" and "MSD"; only the three CRM kinds take
-// a suffix. False for a suffix behind any other key.
-bool SplitCRMKey(const QString &Key, QString &Base, QString &CRMType)
-{
-    Base = Key;
-    CRMType.clear();
-    if (Key.endsWith(QStringLiteral(".msd"))) {
-        Base.chop(4);
-        CRMType = QStringLiteral("MSD");
-    } else if (Key.endsWith(QStringLiteral(".sfdc"))) {
-        Base.chop(5);
-        CRMType = QStringLiteral("SFDC");
-    }
-    static const QStringList crmKinds{QStringLiteral("crmget"), QStringLiteral("crmupdate"),
-                                      QStringLiteral("crmattach")};
-    return CRMType.isEmpty() || crmKinds.contains(Base);
+    return makers;
 }
 
 } // namespace
@@ -102,7 +140,7 @@ ActionItem *colActions::AddXML(const QString &XML)
 
 ActionItem *colActions::AddXML(clsXML &Reader)
 {
-    return AddRead(Reader.PlainSearch(QStringLiteral("Class")), [&Reader](ActionItem &action) { action.ReadXML(Reader); });
+    return AddRead(Reader.PlainSearch(ClassTag), [&Reader](ActionItem &action) { action.ReadXML(Reader); });
 }
 
 template <typename Read> ActionItem *colActions::AddRead(const QString &key, Read read)
@@ -110,7 +148,8 @@ template <typename Read> ActionItem *colActions::AddRead(const QString &key, Rea
     try {
         if (key.isEmpty())
             return nullptr;
-        std::unique_ptr<ActionItem> action = NewObject(key);
+        // No new ID: the read replaces it.
+        std::unique_ptr<ActionItem> action = MakeObject(key, QString());
         if (!action)
             return nullptr;
         read(*action);
@@ -121,35 +160,19 @@ template <typename Read> ActionItem *colActions::AddRead(const QString &key, Rea
     }
 }
 
-// The built records first; every other known kind is held raw until its own
-// record exists.
 std::unique_ptr<ActionItem> colActions::NewObject(const QString &ClassName)
 {
+    return MakeObject(ClassName, NewUniqueID());
+}
+
+std::unique_ptr<ActionItem> colActions::MakeObject(const QString &ClassName, const QString &ActionID)
+{
     try {
-        const QString key = ClassName.toLower();
-        if (const qint16 logicalType = LogicalTypeOfKey(key)) {
-            clsActionLogical logical;
-            logical.LogicalType = logicalType;
-            return ActionItem::Make(std::move(logical));
-        }
-        if (key == QStringLiteral("comment"))
-            return ActionItem::Make(clsActionComment());
-        if (key == QStringLiteral("set"))
-            return ActionItem::Make(clsActionSetVariable());
-        if (key == QStringLiteral("passto"))
-            return ActionItem::Make(clsActionPassTo());
-        if (key == QStringLiteral("script"))
-            return ActionItem::Make(clsActionScript());
-        QString base;
-        QString crmType;
-        if (!SplitCRMKey(key, base, crmType))
-            return nullptr;
-        const auto kind = KnownKinds().constFind(base);
-        if (kind == KnownKinds().constEnd())
-            return nullptr;
-        clsActionRaw raw(kind->ClassName, kind->ClassDesc);
-        raw.CRMType = crmType;
-        return ActionItem::Make(std::move(raw));
+        const QHash<QString, Maker> &makers = Makers();
+        auto maker = makers.constFind(ClassName);
+        if (maker == makers.constEnd())
+            maker = makers.constFind(ClassName.toLower());
+        return maker == makers.constEnd() ? nullptr : (*maker)(ActionID);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("colActions.NewObject"), error);
         return nullptr;
@@ -161,12 +184,11 @@ ActionItem *colActions::Insert(std::unique_ptr<ActionItem> NewAction, int Before
     if (!NewAction)
         return nullptr;
     const QString key = NewAction->ID();
-    if (m_actions.Contains(key)) {
+    ActionItem *added = m_actions.Add(std::move(NewAction), key, Before);
+    if (!added)
         LogError(QStringLiteral("colActions.Add"), QStringLiteral("An action with the ID ") + key
                                                         + QStringLiteral(" is already in the list"));
-        return nullptr;
-    }
-    return m_actions.Add(std::move(NewAction), key, Before);
+    return added;
 }
 
 ActionItem *colActions::Add(std::unique_ptr<ActionItem> NewAction)

@@ -71,6 +71,8 @@ public:
     auto end() const { return m_actions.end(); }
 
 private:
+    // NewObject under the ID given.
+    static std::unique_ptr<ActionItem> MakeObject(const QString &ClassName, const QString &ActionID);
     // The key between the first "<Class>" and the first "</Class>" behind it.
     static QString ClassFromXML(QStringView XML);
     // Makes the action of the fragment's class key, has Read fill it and adds it.

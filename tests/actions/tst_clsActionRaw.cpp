@@ -86,6 +86,35 @@ private slots:
         QCOMPARE(action.Condition, StoredCondition);
     }
 
+    // Qt's comparison without regard to case decides, also where it folds a
+    // character outside ASCII, such as the long s, onto a letter of a tag.
+    void envelopeTagsAreFoundWithoutRegardToCase_data()
+    {
+        QTest::addColumn<QString>("fragment");
+        QTest::addColumn<QString>("id");
+        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<QString>("condition");
+        QTest::newRow("other case") << "<CLASS>FTP</class><id>5</ID><enabled>0</ENABLED><HostName>h</HostName>"
+                                       "<condition>c</CONDITION>"
+                                    << "5" << false << "c";
+        QTest::newRow("folded outside ASCII")
+            << QStringLiteral("<Cla\u017F\u017F>FTP</CLA\u017Fs><ID>6</ID><HostName>h</HostName>") << "6" << false << "";
+    }
+    void envelopeTagsAreFoundWithoutRegardToCase()
+    {
+        QFETCH(QString, fragment);
+        QFETCH(QString, id);
+        QFETCH(bool, enabled);
+        QFETCH(QString, condition);
+        clsActionRaw action(QStringLiteral("FTP"), QStringLiteral("Upload FTP Files"));
+        action.setXML(fragment);
+        QCOMPARE(action.ID, id);
+        QCOMPARE(action.Enabled, enabled);
+        QCOMPARE(action.Condition, condition);
+        QCOMPARE(action.TagValue(QStringLiteral("HostName")), QStringLiteral("h"));
+        QCOMPARE(action.XML(), fragment);
+    }
+
     void ownTagsAreReadable()
     {
         clsActionRaw action(QStringLiteral("Validation"), QStringLiteral("Wait For Validation"));
