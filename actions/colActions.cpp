@@ -22,7 +22,7 @@ const QString IfClass = QStringLiteral("If");
 const QString ElseClass = QStringLiteral("Else");
 const QString EndIfClass = QStringLiteral("EndIf");
 
-const QString ClassTag = QStringLiteral("Class");
+const MarkupTag ClassTag = QStringLiteral("Class");
 
 // Makes one kind of action under the ID given.
 using Maker = std::function<std::unique_ptr<ActionItem>(const QString &ActionID)>;

@@ -312,14 +312,14 @@ void clsXML::ResetCursor(std::size_t first, std::size_t end)
     m_namesAhead.reset();
 }
 
-QString clsXML::PlainSearch(const QString &Tag)
+QString clsXML::PlainSearch(const MarkupTag &Tag)
 {
     try {
         Index();
         if (!m_indexed)
             return QString();
-        const std::size_t open = m_doc->FindExact(m_first, m_end, Tag);
-        const std::size_t close = open < m_end ? m_doc->FindExact(open + 1, m_end, u'/' + Tag) : m_end;
+        const std::size_t open = m_doc->FindExact(m_first, m_end, Tag.Name());
+        const std::size_t close = open < m_end ? m_doc->FindExact(open + 1, m_end, Tag.CloseName().Written) : m_end;
         return close < m_end ? CleanedText(m_doc->Between(open, close)) : QString();
     } catch (const std::exception &error) {
         LogError(QStringLiteral("XML.Extract"), error);

@@ -45,7 +45,7 @@ public:
     // found as a plain search of the text read finds them: with case, and
     // with no regard to the cursor or to nesting; empty when either is
     // missing.
-    QString PlainSearch(const QString &Tag);
+    QString PlainSearch(const MarkupTag &Tag);
     // The writer's text.
     QString GetXML() const { return m_writer.Text(); }
 
