@@ -80,11 +80,9 @@ void MarkupIndex::IndexTags() const
         qsizetype at = NextNameStop(text, pos + 1, m_end);
         for (; at < m_end && text[at] != u'>' && text[at] != u'<'; at = NextNameStop(text, at + 1, m_end))
             spread = true;
-        const bool added = at < m_end && text[at] == u'>' && AddTag(pos, at, spread, blank);
-        blank = !added && (blank || spread);
-        if (at < m_end && text[at] == u'>')
-            ++at;
-        pos = NextOpen(text, at, m_end, blank);
+        const bool closed = at < m_end && text[at] == u'>';
+        blank = !(closed && AddTag(pos, at, spread, blank)) && (blank || spread);
+        pos = NextOpen(text, closed ? at + 1 : at, m_end, blank);
     }
 }
 

@@ -265,10 +265,23 @@ QString clsXML::XML() const
 
 void clsXML::setXML(const QString &value)
 {
-    m_doc.reset();
-    if (!value.isEmpty())
-        m_doc = std::make_shared<const MarkupIndex>(value, 0, value.size());
-    SetRange(0, value.size());
+    ReadPart(value.isEmpty() ? nullptr : std::make_shared<const MarkupIndex>(value, 0, value.size()), 0,
+             value.size());
+}
+
+// The range is taken less the blanks, TABs and LFs at both ends.
+void clsXML::ReadPart(std::shared_ptr<const MarkupIndex> Doc, qsizetype Begin, qsizetype End)
+{
+    m_doc = std::move(Doc);
+    const QChar *text = Text().constData();
+    while (Begin < End && IsCleanedAway(text[Begin]))
+        ++Begin;
+    while (End > Begin && IsCleanedAway(text[End - 1]))
+        --End;
+    m_textBegin = Begin;
+    m_textEnd = End;
+    m_scanFrom = Begin;
+    ResetCursor(0, 0);
     m_indexed = false;
     m_depth = 0;
 }
@@ -277,21 +290,6 @@ const QString &clsXML::Text() const
 {
     static const QString none;
     return m_doc ? m_doc->Text() : none;
-}
-
-// The range from Begin to End of the text, less the blanks, TABs and LFs at
-// both ends, and nothing read of it yet.
-void clsXML::SetRange(qsizetype begin, qsizetype end)
-{
-    const QChar *text = Text().constData();
-    while (begin < end && IsCleanedAway(text[begin]))
-        ++begin;
-    while (end > begin && IsCleanedAway(text[end - 1]))
-        --end;
-    m_textBegin = begin;
-    m_textEnd = end;
-    m_scanFrom = begin;
-    ResetCursor(0, 0);
 }
 
 void clsXML::Index()
@@ -422,12 +420,10 @@ bool clsXML::Extract(clsXML &Child, const MarkupTag &Tag)
     }
     const QStringView inner = m_doc->Between(open, close);
     const qsizetype begin = inner.data() - m_doc->Text().constData();
-    Child.m_doc = m_doc;
-    Child.SetRange(begin, begin + inner.size());
+    Child.ReadPart(m_doc, begin, begin + inner.size());
     Child.ResetCursor(open + 1, close);
     Child.m_indexed = true;
     Child.m_until.reset();
-    Child.m_depth = 0;
     return true;
 }
 
@@ -445,11 +441,8 @@ bool clsXML::ExtractItem(clsXML &Child, const MarkupTag &Tag)
             Child.setXML(QString());
             return false;
         }
-        Child.m_doc = std::make_shared<const MarkupIndex>(text, innerBegin, innerEnd);
-        Child.SetRange(innerBegin, innerEnd);
-        Child.m_indexed = false;
+        Child.ReadPart(std::make_shared<const MarkupIndex>(text, innerBegin, innerEnd), innerBegin, innerEnd);
         Child.m_until.reset();
-        Child.m_depth = 0;
         m_scanFrom = after;
         return true;
     } catch (const std::exception &error) {

@@ -112,7 +112,8 @@ public:
 
 private:
     const QString &Text() const;
-    void SetRange(qsizetype begin, qsizetype end);
+    // Reads the text from Begin to End of Doc's text, from its start.
+    void ReadPart(std::shared_ptr<const MarkupIndex> Doc, qsizetype Begin, qsizetype End);
     // Takes the tags of the text read and sets the cursor among them, once.
     void Index();
     // Finds the next element and moves the cursor past it: the indexes of its
