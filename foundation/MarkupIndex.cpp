@@ -11,82 +11,62 @@
 
 namespace {
 
-// The two searches below run over every character of a configuration, so
-// they look at eight characters at a time where the processor can.
+// The searches below run over every character of a configuration, so they
+// look at 64 characters at a time where the processor can.
 
-// The position of the next "<" from From, End when there is none; Blank is
-// set when a TAB or LF comes before it.
-qsizetype NextOpen(const QChar *Text, qsizetype From, qsizetype End, bool &Blank)
+// Which of 64 characters from Base are "<", ">" and TAB or LF: bit i of a
+// mask stands for the character at Base + i. Characters from End on count as
+// none of them.
+struct Marks
 {
-    qsizetype pos = From;
+    std::uint64_t Opens = 0;
+    std::uint64_t Closes = 0;
+    std::uint64_t Blanks = 0;
+};
+
+Marks MarksOf(const QChar *Text, qsizetype Base, qsizetype End)
+{
+    Marks marks;
 #if defined(__SSE2__)
-    const __m128i open = _mm_set1_epi16(short(u'<'));
-    const __m128i tab = _mm_set1_epi16(short(u'\t'));
-    const __m128i lineFeed = _mm_set1_epi16(short(u'\n'));
-    for (; pos + 8 <= End; pos += 8) {
-        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i *>(Text + pos));
-        const unsigned opens = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(chunk, open)));
-        const unsigned blanks =
-            unsigned(_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(chunk, tab), _mm_cmpeq_epi16(chunk, lineFeed))));
-        if (opens != 0) {
-            const int at = std::countr_zero(opens);
-            Blank = Blank || (blanks & ((1u << at) - 1)) != 0;
-            return pos + at / 2;
+    if (Base + 64 <= End) {
+        const auto load = [&](int at) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(Text + Base + at)); };
+        // Sixteen characters' comparisons, one bit each.
+        const auto bits = [](__m128i low, __m128i high) {
+            return std::uint64_t(unsigned(_mm_movemask_epi8(_mm_packs_epi16(low, high))));
+        };
+        const __m128i open = _mm_set1_epi16(short(u'<'));
+        const __m128i close = _mm_set1_epi16(short(u'>'));
+        const __m128i tab = _mm_set1_epi16(short(u'\t'));
+        const __m128i lineFeed = _mm_set1_epi16(short(u'\n'));
+        const auto blank = [&](__m128i chunk) {
+            return _mm_or_si128(_mm_cmpeq_epi16(chunk, tab), _mm_cmpeq_epi16(chunk, lineFeed));
+        };
+        for (int at = 0; at < 64; at += 16) {
+            const __m128i low = load(at);
+            const __m128i high = load(at + 8);
+            marks.Opens |= bits(_mm_cmpeq_epi16(low, open), _mm_cmpeq_epi16(high, open)) << at;
+            marks.Closes |= bits(_mm_cmpeq_epi16(low, close), _mm_cmpeq_epi16(high, close)) << at;
+            marks.Blanks |= bits(blank(low), blank(high)) << at;
         }
-        Blank = Blank || blanks != 0;
+        return marks;
     }
 #endif
-    for (; pos < End && Text[pos] != u'<'; ++pos)
-        Blank = Blank || MarkupIndex::IsTabOrLineFeed(Text[pos]);
-    return pos;
-}
-
-// The position from From of the next "<", ">", TAB or LF: what ends a name
-// or is left out of it. End when there is none.
-qsizetype NextNameStop(const QChar *Text, qsizetype From, qsizetype End)
-{
-    qsizetype pos = From;
-#if defined(__SSE2__)
-    const __m128i open = _mm_set1_epi16(short(u'<'));
-    const __m128i close = _mm_set1_epi16(short(u'>'));
-    const __m128i tab = _mm_set1_epi16(short(u'\t'));
-    const __m128i lineFeed = _mm_set1_epi16(short(u'\n'));
-    for (; pos + 8 <= End; pos += 8) {
-        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i *>(Text + pos));
-        const __m128i ends = _mm_or_si128(_mm_cmpeq_epi16(chunk, open), _mm_cmpeq_epi16(chunk, close));
-        const __m128i blanks = _mm_or_si128(_mm_cmpeq_epi16(chunk, tab), _mm_cmpeq_epi16(chunk, lineFeed));
-        if (const int found = _mm_movemask_epi8(_mm_or_si128(ends, blanks)))
-            return pos + std::countr_zero(unsigned(found)) / 2;
+    for (qsizetype i = 0; i < 64 && Base + i < End; ++i) {
+        const QChar c = Text[Base + i];
+        const std::uint64_t bit = std::uint64_t(1) << i;
+        if (c == u'<')
+            marks.Opens |= bit;
+        else if (c == u'>')
+            marks.Closes |= bit;
+        else if (MarkupIndex::IsTabOrLineFeed(c))
+            marks.Blanks |= bit;
     }
-#endif
-    while (pos < End && Text[pos] != u'<' && Text[pos] != u'>' && !MarkupIndex::IsTabOrLineFeed(Text[pos]))
-        ++pos;
-    return pos;
+    return marks;
 }
 
 } // namespace
 
-// Each "<" opens a tag anew, a ">" after an open one ends it, and a TAB or LF
-// between them spreads its name.
-void MarkupIndex::IndexTags() const
-{
-    // Generously: the pages of the reserve that are never written cost nothing.
-    m_tags.reserve(std::size_t(std::max<qsizetype>(m_end - m_begin, 0) / 8));
-    const QChar *text = m_text.constData();
-    bool blank = false;
-    qsizetype pos = NextOpen(text, m_begin, m_end, blank);
-    while (pos < m_end) {
-        bool spread = false;
-        qsizetype at = NextNameStop(text, pos + 1, m_end);
-        for (; at < m_end && text[at] != u'>' && text[at] != u'<'; at = NextNameStop(text, at + 1, m_end))
-            spread = true;
-        const bool closed = at < m_end && text[at] == u'>';
-        blank = !(closed && AddTag(pos, at, spread, blank)) && (blank || spread);
-        pos = NextOpen(text, closed ? at + 1 : at, m_end, blank);
-    }
-}
-
-bool MarkupIndex::AddTag(qsizetype Open, qsizetype Close, bool Spread, bool Blank) const
+inline bool MarkupIndex::AddTag(qsizetype Open, qsizetype Close, bool Spread, bool Blank) const
 {
     const QStringView name(m_text.constData() + Open + 1, Close - Open - 1);
     if (name.size() > MaxNameLength)
@@ -96,24 +76,59 @@ bool MarkupIndex::AddTag(qsizetype Open, qsizetype Close, bool Spread, bool Blan
     return true;
 }
 
+// Each "<" opens a tag anew and a ">" after an open one ends it. A TAB or LF
+// between them spreads its name; one between the last tag added and the "<"
+// marks the new tag BlankBefore. The text is taken 64 characters at a time,
+// and only its "<" and ">" are visited one by one.
+void MarkupIndex::IndexTags() const
+{
+    // Generously: the pages of the reserve that are never written cost nothing.
+    m_tags.reserve(std::size_t(std::max<qsizetype>(m_end - m_begin, 0) / 8));
+    const QChar *text = m_text.constData();
+    qsizetype gapBegin = m_begin; // behind the last tag added
+    qsizetype lastBlank = m_begin - 1;
+    qsizetype open = -1;
+    bool blankBefore = false;
+    for (qsizetype base = m_begin; base < m_end; base += 64) {
+        const Marks marks = MarksOf(text, base, m_end);
+        for (std::uint64_t events = marks.Opens | marks.Closes; events != 0; events &= events - 1) {
+            const int bit = std::countr_zero(events);
+            const std::uint64_t blanks = marks.Blanks & ((std::uint64_t(1) << bit) - 1);
+            const qsizetype blankAt = blanks ? base + 63 - std::countl_zero(blanks) : lastBlank;
+            if (marks.Opens >> bit & 1) {
+                open = base + bit;
+                blankBefore = blankAt >= gapBegin;
+            } else if (open >= 0) {
+                if (AddTag(open, base + bit, blankAt > open, blankBefore))
+                    gapBegin = base + bit + 1;
+                open = -1;
+            }
+        }
+        if (marks.Blanks)
+            lastBlank = base + 63 - std::countl_zero(marks.Blanks);
+    }
+}
+
 qsizetype MarkupIndex::Scan(QStringView Text, qsizetype Begin, qsizetype End, QStringView Name, qsizetype &After)
 {
     const QChar *text = Text.data();
-    bool blank = false;
-    for (qsizetype pos = NextOpen(text, Begin, End, blank); pos < End; pos = NextOpen(text, pos + 1, End, blank)) {
-        qsizetype at = pos + 1;
-        qsizetype matched = 0;
-        for (; at < End; ++at) {
-            const QChar c = text[at];
-            if (IsTabOrLineFeed(c))
-                continue;
-            if (c == u'<' || c == u'>' || matched == Name.size() || LowerChar(c) != Name[matched])
-                break;
-            ++matched;
-        }
-        if (at < End && matched == Name.size() && text[at] == u'>') {
-            After = at + 1;
-            return pos;
+    for (qsizetype base = Begin; base < End; base += 64) {
+        for (std::uint64_t opens = MarksOf(text, base, End).Opens; opens != 0; opens &= opens - 1) {
+            const qsizetype pos = base + std::countr_zero(opens);
+            qsizetype at = pos + 1;
+            qsizetype matched = 0;
+            for (; at < End; ++at) {
+                const QChar c = text[at];
+                if (IsTabOrLineFeed(c))
+                    continue;
+                if (c == u'<' || c == u'>' || matched == Name.size() || LowerChar(c) != Name[matched])
+                    break;
+                ++matched;
+            }
+            if (at < End && matched == Name.size() && text[at] == u'>') {
+                After = at + 1;
+                return pos;
+            }
         }
     }
     return -1;

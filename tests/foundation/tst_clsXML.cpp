@@ -186,7 +186,7 @@ private slots:
         const QStringList tags = {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("Item")};
         for (int round = 0; round < 3000; ++round) {
             QString text;
-            for (int k = random.bounded(50); k > 0; --k)
+            for (int k = random.bounded(120); k > 0; --k)
                 text += pieces.at(random.bounded(pieces.size()));
             QString cleaned = text;
             cleaned.remove(u'\t').remove(u'\n');
