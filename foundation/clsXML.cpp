@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QSaveFile>
 #include <QTextStream>
+#include <QVarLengthArray>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -56,7 +57,8 @@ constexpr Escape ControlCodes[] = {{u"#xD;", u'\r'}, {u"#xA;", u'\n'}, {u"#x9;",
 const Escape *EscapeAt(QStringView text, bool withSubstitute)
 {
     const auto starts = [&](const Escape &escape) {
-        return (withSubstitute || escape.Char != 26) && text.startsWith(escape.Text);
+        return (withSubstitute || escape.Char != 26) && text.size() >= escape.Text.size()
+               && std::equal(escape.Text.begin(), escape.Text.end(), text.begin());
     };
     const std::span<const Escape> list =
         text.front() == u'&' ? std::span<const Escape>(Entities) : std::span<const Escape>(ControlCodes);
@@ -64,39 +66,52 @@ const Escape *EscapeAt(QStringView text, bool withSubstitute)
     return found == list.end() ? nullptr : &*found;
 }
 
-// The entities, then the "#" codes decoded, in one pass. No replacement gives
-// a character of any pattern, so this is what replacing each pattern in turn
-// through the whole text gives.
-QString DecodeEscapes(QStringView value, bool withSubstitute)
+bool MayHoldEscape(QStringView text)
 {
-    QString decoded;
-    decoded.reserve(value.size());
-    qsizetype plainFrom = 0;
-    for (qsizetype i = 0; i < value.size(); ++i) {
-        if (value[i] != u'&' && value[i] != u'#')
-            continue;
-        const Escape *escape = EscapeAt(value.mid(i), withSubstitute);
-        if (!escape)
-            continue;
-        decoded.append(value.mid(plainFrom, i - plainFrom));
-        decoded.append(QChar(escape->Char));
-        i += escape->Text.size() - 1;
-        plainFrom = i + 1;
-    }
-    decoded.append(value.mid(plainFrom));
-    return decoded;
+    return std::any_of(text.begin(), text.end(), [](QChar c) { return c == u'&' || c == u'#'; });
 }
 
-QString DecodeString(QStringView raw)
+// The entities, then the "#" codes decoded, in one pass, written from Out on;
+// returns the end of what was written, never more than the value's length.
+// No replacement gives a character of any pattern, so this is what replacing
+// each pattern in turn through the whole text gives.
+QChar *DecodeEscapes(QStringView value, bool withSubstitute, QChar *out)
 {
-    const auto escaped = [](QStringView text) {
-        return std::any_of(text.begin(), text.end(), [](QChar c) { return c == u'&' || c == u'#'; });
-    };
-    if (raw.startsWith(QChar(2))) {
-        const QString value = UnpackWideText(raw.toString());
-        return escaped(value) ? DecodeEscapes(value, true) : value;
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const QChar c = value[i];
+        const Escape *escape = c == u'&' || c == u'#' ? EscapeAt(value.mid(i), withSubstitute) : nullptr;
+        if (escape) {
+            *out++ = QChar(escape->Char);
+            i += escape->Text.size() - 1;
+        } else {
+            *out++ = c;
+        }
     }
-    return escaped(raw) ? DecodeEscapes(raw, true) : raw.toString();
+    return out;
+}
+
+// Target set to Text decoded. A value equal to what Target holds, often its
+// default, leaves it as it is, sharing its storage.
+void SetDecoded(QString &Target, QStringView Text)
+{
+    if (!MayHoldEscape(Text)) {
+        if (Target != Text)
+            Target = Text.toString();
+        return;
+    }
+    QVarLengthArray<QChar, 256> decoded(Text.size());
+    const QStringView value(decoded.data(), DecodeEscapes(Text, true, decoded.data()) - decoded.data());
+    if (Target != value)
+        Target = value.toString();
+}
+
+// Target set to a text's value: unpacked when packed, and decoded.
+void DecodeInto(QString &Target, QStringView raw)
+{
+    if (raw.startsWith(QChar(2)))
+        SetDecoded(Target, UnpackWideText(raw.toString()));
+    else
+        SetDecoded(Target, raw);
 }
 
 bool NeedsEscape(QChar c)
@@ -454,7 +469,9 @@ bool clsXML::ExtractItem(clsXML &Child, const MarkupTag &Tag)
 QString clsXML::TextValue(QStringView Raw)
 {
     QString copy;
-    return DecodeString(WithoutTabsAndLineFeeds(Raw, copy));
+    QString value;
+    DecodeInto(value, WithoutTabsAndLineFeeds(Raw, copy));
+    return value;
 }
 
 bool clsXML::BoolValue(QStringView Raw)
@@ -481,7 +498,7 @@ bool clsXML::Extract(QString &Target, const MarkupTag &Tag, bool Raw, bool Encry
     else if (Raw)
         Target = value.data() == copy.constData() ? std::move(copy) : value.toString();
     else
-        Target = DecodeString(value);
+        DecodeInto(Target, value);
     return true;
 }
 
@@ -574,7 +591,9 @@ bool clsXML::Extract(QVariant &Target, const MarkupTag &Tag)
         Target = QVariant();
         return false;
     }
-    Target = DecodeEscapes(value, false);
+    QString decoded(value.size(), Qt::Uninitialized);
+    decoded.truncate(DecodeEscapes(value, false, decoded.data()) - decoded.constData());
+    Target = decoded;
     return true;
 }
 
