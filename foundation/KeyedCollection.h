@@ -1,14 +1,19 @@
 #pragma once
-#include <QHash>
 #include <QString>
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
 // The ordered, keyed collection under every col... class: items in order,
 // 1-based positions, keys compared without regard to case and looked up
 // through a hash, never by a scan. The collection owns its items.
+//
+// The hash table holds positions only, compared through the items' own keys,
+// so that the many small collections of a configuration (a trigger's fields
+// and actions) cost a few bytes per key and no copies of the keys.
 template <typename T> class KeyedCollection
 {
 public:
@@ -19,8 +24,8 @@ public:
     T *Item(int Index) const { return InRange(Index) ? m_items[Index - 1].item.get() : nullptr; }
     T *Item(const QString &Key) const { return Item(IndexOf(Key)); }
     // 1-based position of a key, 0 when absent.
-    int IndexOf(const QString &Key) const { return m_index.value(LowerKey(Key), -1) + 1; }
-    bool Contains(const QString &Key) const { return m_index.contains(LowerKey(Key)); }
+    int IndexOf(const QString &Key) const { return Find(Key) + 1; }
+    bool Contains(const QString &Key) const { return Find(Key) >= 0; }
     QString KeyAt(int Index) const { return InRange(Index) ? m_items[Index - 1].key : QString(); }
     // 1-based position of the first item for which Match(item) holds, 0 when none.
     template <typename Match> int FirstIndex(Match match) const
@@ -36,8 +41,7 @@ public:
     // refused and the item is given back as nullptr after being destroyed.
     T *Add(std::unique_ptr<T> item, const QString &Key = QString(), int Before = 0)
     {
-        const QString lowerKey = LowerKey(Key);
-        if (!Key.isEmpty() && m_index.contains(lowerKey))
+        if (Find(Key) >= 0)
             return nullptr;
         T *raw = item.get();
         if (InRange(Before)) {
@@ -46,7 +50,7 @@ public:
         } else {
             m_items.push_back(Entry{Key, std::move(item)});
             if (!Key.isEmpty())
-                m_index.insert(lowerKey, Count() - 1);
+                Index(KeyHash(Key), Count() - 1);
         }
         return raw;
     }
@@ -76,7 +80,8 @@ public:
     void Clear()
     {
         m_items.clear();
-        m_index.clear();
+        m_slots.clear();
+        m_keyed = 0;
     }
 
     // Exchanges two items, each keeping its key; nothing when the positions
@@ -117,26 +122,79 @@ private:
     };
 
     bool InRange(int Index) const { return Index >= 1 && Index <= Count(); }
-    // QString::toLower, done here for the plain ASCII keys that are the rule.
-    static QString LowerKey(const QString &Key)
+
+    static bool IsAscii(QStringView Key)
     {
-        if (std::any_of(Key.begin(), Key.end(), [](QChar c) { return c.unicode() >= 128; }))
-            return Key.toLower();
-        if (std::none_of(Key.begin(), Key.end(), [](QChar c) { return c >= u'A' && c <= u'Z'; }))
-            return Key;
-        QString lower(Key.size(), Qt::Uninitialized);
-        std::transform(Key.begin(), Key.end(), lower.begin(),
-                       [](QChar c) { return c >= u'A' && c <= u'Z' ? QChar(c.unicode() + 32) : c; });
-        return lower;
+        return std::none_of(Key.begin(), Key.end(), [](QChar c) { return c.unicode() >= 128; });
+    }
+    static char16_t FoldAscii(QChar c)
+    {
+        const char16_t u = c.unicode();
+        return u >= u'A' && u <= u'Z' ? char16_t(u + 32) : u;
+    }
+    // FNV-1a of the key's lower case. Plain ASCII keys, the rule, are lowered
+    // as they are hashed; others as QString::toLower lowers them.
+    static std::uint32_t KeyHash(const QString &Key)
+    {
+        return IsAscii(Key) ? FoldedHash(Key) : FoldedHash(Key.toLower());
+    }
+    static std::uint32_t FoldedHash(QStringView Key)
+    {
+        std::uint32_t hash = 2166136261u;
+        for (QChar c : Key)
+            hash = (hash ^ FoldAscii(c)) * 16777619u;
+        return hash;
+    }
+    static bool SameKey(const QString &a, const QString &b)
+    {
+        if (IsAscii(a) && IsAscii(b))
+            return a.size() == b.size()
+                   && std::equal(a.begin(), a.end(), b.begin(), [](QChar x, QChar y) { return FoldAscii(x) == FoldAscii(y); });
+        return a.toLower() == b.toLower();
+    }
+
+    // The 0-based position of a key, -1 when absent or empty.
+    int Find(const QString &Key) const
+    {
+        if (Key.isEmpty() || m_slots.empty())
+            return -1;
+        const std::uint32_t hash = KeyHash(Key);
+        const std::size_t mask = m_slots.size() - 1;
+        for (std::size_t i = hash & mask; m_slots[i].Position >= 0; i = (i + 1) & mask)
+            if (m_slots[i].Hash == hash && SameKey(m_items[std::size_t(m_slots[i].Position)].key, Key))
+                return m_slots[i].Position;
+        return -1;
+    }
+    // Enters a key's position; the table is kept at most half full.
+    void Index(std::uint32_t Hash, int Position)
+    {
+        if (std::size_t(m_keyed + 1) * 2 > m_slots.size()) {
+            Reindex();
+            return;
+        }
+        const std::size_t mask = m_slots.size() - 1;
+        std::size_t i = Hash & mask;
+        while (m_slots[i].Position >= 0)
+            i = (i + 1) & mask;
+        m_slots[i] = Slot{Hash, Position};
+        ++m_keyed;
     }
     void Reindex()
     {
-        m_index.clear();
+        const auto keyed = std::count_if(m_items.begin(), m_items.end(), [](const Entry &e) { return !e.key.isEmpty(); });
+        m_slots.assign(std::max<std::size_t>(8, std::bit_ceil(std::size_t(keyed) * 2)), Slot{});
+        m_keyed = 0;
         for (int i = 0; i < Count(); ++i)
-            if (!m_items[i].key.isEmpty())
-                m_index.insert(LowerKey(m_items[i].key), i);
+            if (!m_items[std::size_t(i)].key.isEmpty())
+                Index(KeyHash(m_items[std::size_t(i)].key), i);
     }
 
+    struct Slot
+    {
+        std::uint32_t Hash = 0;
+        int Position = -1;
+    };
     std::vector<Entry> m_items;
-    QHash<QString, int> m_index;
+    std::vector<Slot> m_slots;
+    int m_keyed = 0;
 };

@@ -57,6 +57,36 @@ private slots:
         QVERIFY(!items.Delete(7));
     }
 
+    // The table grows and is rebuilt as keys come and go; every key stays
+    // found at its position, whatever its case, ASCII or not.
+    void manyKeysStayFoundThroughGrowthAndRemoval()
+    {
+        KeyedCollection<Item> items;
+        for (int i = 0; i < 1000; ++i)
+            items.Add(std::make_unique<Item>(Item{QString::number(i)}), QStringLiteral("Key%1").arg(i));
+        items.Add(std::make_unique<Item>(Item{QStringLiteral("umlaut")}), QStringLiteral("ÄRGER"));
+        items.Add(std::make_unique<Item>(Item{QStringLiteral("unkeyed")}));
+        QCOMPARE(items.Count(), 1002);
+        for (int i = 0; i < 1000; i += 37)
+            QCOMPARE(items.IndexOf(QStringLiteral("kEY%1").arg(i)), i + 1);
+        QCOMPARE(items.Item(QStringLiteral("ärger"))->name, QStringLiteral("umlaut"));
+        QVERIFY(!items.Add(std::make_unique<Item>(Item{QStringLiteral("dup")}), QStringLiteral("Ärger")));
+        QVERIFY(!items.Contains(QStringLiteral("Key1000")));
+        QVERIFY(!items.Contains(QString()));
+
+        for (int i = 0; i < 500; ++i)
+            QVERIFY(items.Delete(QStringLiteral("KEY%1").arg(i * 2)));
+        QCOMPARE(items.Count(), 502);
+        QVERIFY(!items.Contains(QStringLiteral("key0")));
+        QCOMPARE(items.IndexOf(QStringLiteral("key999")), 500);
+        QCOMPARE(items.IndexOf(QStringLiteral("ärger")), 501);
+        QCOMPARE(items.Item(502)->name, QStringLiteral("unkeyed"));
+        items.Clear();
+        QVERIFY(!items.Contains(QStringLiteral("key1")));
+        items.Add(std::make_unique<Item>(Item{QStringLiteral("again")}), QStringLiteral("key1"));
+        QCOMPARE(items.IndexOf(QStringLiteral("KEY1")), 1);
+    }
+
     void swapExchangesWithinRangeOnly()
     {
         KeyedCollection<Item> items = Abc();
