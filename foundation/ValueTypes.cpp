@@ -1,6 +1,8 @@
 #include "ValueTypes.h"
 
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 QString Currency::ToText() const
@@ -40,8 +42,13 @@ QDateTime LocalDateTime(QDate Date, QTime Time)
         QDateTime Value;
         qint64 At = std::numeric_limits<qint64>::min();
     };
-    thread_local Made last;
+    // A few values in turn, such as a record's default date and the date read
+    // for it, all find their own place.
+    thread_local std::array<Made, 64> made;
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const std::size_t slot =
+        std::size_t((std::uint64_t(Date.toJulianDay()) * 31 + std::uint64_t(Time.msecsSinceStartOfDay())) % made.size());
+    Made &last = made[slot];
     if (Date != last.Date || Time != last.Time || now < last.At || now - last.At >= 1000)
         last = {Date, Time, QDateTime(Date, Time), now};
     return last.Value;

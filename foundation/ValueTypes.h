@@ -23,6 +23,7 @@ struct Currency
 QDateTime ZeroDate();
 
 // QDateTime(Date, Time) in local time. Reading a configuration makes many
-// with the same value, and each asks the C library for the zone, which looks
-// at its file again; the last one made on a thread is reused for a second.
+// with the same few values, and each asks the C library for the zone, under
+// a lock that all threads share, and the library looks at its file again; so
+// each thread keeps the last ones it made, each for a second.
 QDateTime LocalDateTime(QDate Date, QTime Time);
