@@ -64,6 +64,18 @@ Marks MarksOf(const QChar *Text, qsizetype Base, qsizetype End)
     return marks;
 }
 
+// A table of tags that an index of this thread no longer needs. An index
+// takes it over, so that reading one account after another reuses one table
+// instead of asking the heap for a large block each time.
+std::vector<MarkupIndex::Tag> &SpareTags()
+{
+    thread_local std::vector<MarkupIndex::Tag> spare;
+    return spare;
+}
+
+// Larger tables, of whole configurations read at once, are given back.
+constexpr std::size_t MaxSpareTags = 1 << 18;
+
 } // namespace
 
 inline bool MarkupIndex::AddTag(qsizetype Open, qsizetype Close, bool Spread, bool Blank) const
@@ -82,6 +94,8 @@ inline bool MarkupIndex::AddTag(qsizetype Open, qsizetype Close, bool Spread, bo
 // and only its "<" and ">" are visited one by one.
 void MarkupIndex::IndexTags() const
 {
+    m_tags.swap(SpareTags());
+    m_tags.clear();
     // Generously: the pages of the reserve that are never written cost nothing.
     m_tags.reserve(std::size_t(std::max<qsizetype>(m_end - m_begin, 0) / 8));
     const QChar *text = m_text.constData();
@@ -137,6 +151,13 @@ qsizetype MarkupIndex::Scan(QStringView Text, qsizetype Begin, qsizetype End, QS
 MarkupIndex::MarkupIndex(const QString &Text, qsizetype Begin, qsizetype End)
     : m_text(Text), m_begin(Begin), m_end(End)
 {
+}
+
+MarkupIndex::~MarkupIndex()
+{
+    std::vector<Tag> &spare = SpareTags();
+    if (m_tags.capacity() > spare.capacity() && m_tags.capacity() <= MaxSpareTags)
+        spare.swap(m_tags);
 }
 
 std::size_t MarkupIndex::FindExact(std::size_t From, std::size_t To, QStringView Name) const

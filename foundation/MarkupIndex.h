@@ -36,6 +36,9 @@ public:
     // copied. The tags are found when first asked for, once for all readers
     // of the text, on whichever thread asks.
     MarkupIndex(const QString &Text, qsizetype Begin, qsizetype End);
+    ~MarkupIndex();
+    MarkupIndex(const MarkupIndex &) = delete;
+    MarkupIndex &operator=(const MarkupIndex &) = delete;
 
     const QString &Text() const { return m_text; }
     const std::vector<Tag> &Tags() const
