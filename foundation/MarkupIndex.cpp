@@ -14,54 +14,41 @@ namespace {
 // The searches below run over every character of a configuration, so they
 // look at 64 characters at a time where the processor can.
 
-// Which of 64 characters from Base are "<", ">" and TAB or LF: bit i of a
-// mask stands for the character at Base + i. Characters from End on count as
-// none of them.
+// Bit i is set where the character at Base + i is one of Wanted, for the 64
+// characters from Base; characters from End on are none.
+template <char16_t... Wanted> std::uint64_t Where(const QChar *Text, qsizetype Base, qsizetype End)
+{
+    std::uint64_t found = 0;
+#if defined(__SSE2__)
+    if (Base + 64 <= End) {
+        const auto match = [&](int at) {
+            const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i *>(Text + Base + at));
+            __m128i hits = _mm_setzero_si128();
+            ((hits = _mm_or_si128(hits, _mm_cmpeq_epi16(chunk, _mm_set1_epi16(short(Wanted))))), ...);
+            return hits;
+        };
+        for (int at = 0; at < 64; at += 16)
+            found |= std::uint64_t(unsigned(_mm_movemask_epi8(_mm_packs_epi16(match(at), match(at + 8))))) << at;
+        return found;
+    }
+#endif
+    for (qsizetype i = 0; i < 64 && Base + i < End; ++i)
+        if (((Text[Base + i] == QChar(Wanted)) || ...))
+            found |= std::uint64_t(1) << i;
+    return found;
+}
+
+// Where the "<", the ">" and the TABs and LFs are among 64 characters.
 struct Marks
 {
-    std::uint64_t Opens = 0;
-    std::uint64_t Closes = 0;
-    std::uint64_t Blanks = 0;
+    std::uint64_t Opens;
+    std::uint64_t Closes;
+    std::uint64_t Blanks;
 };
 
 Marks MarksOf(const QChar *Text, qsizetype Base, qsizetype End)
 {
-    Marks marks;
-#if defined(__SSE2__)
-    if (Base + 64 <= End) {
-        const auto load = [&](int at) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(Text + Base + at)); };
-        // Sixteen characters' comparisons, one bit each.
-        const auto bits = [](__m128i low, __m128i high) {
-            return std::uint64_t(unsigned(_mm_movemask_epi8(_mm_packs_epi16(low, high))));
-        };
-        const __m128i open = _mm_set1_epi16(short(u'<'));
-        const __m128i close = _mm_set1_epi16(short(u'>'));
-        const __m128i tab = _mm_set1_epi16(short(u'\t'));
-        const __m128i lineFeed = _mm_set1_epi16(short(u'\n'));
-        const auto blank = [&](__m128i chunk) {
-            return _mm_or_si128(_mm_cmpeq_epi16(chunk, tab), _mm_cmpeq_epi16(chunk, lineFeed));
-        };
-        for (int at = 0; at < 64; at += 16) {
-            const __m128i low = load(at);
-            const __m128i high = load(at + 8);
-            marks.Opens |= bits(_mm_cmpeq_epi16(low, open), _mm_cmpeq_epi16(high, open)) << at;
-            marks.Closes |= bits(_mm_cmpeq_epi16(low, close), _mm_cmpeq_epi16(high, close)) << at;
-            marks.Blanks |= bits(blank(low), blank(high)) << at;
-        }
-        return marks;
-    }
-#endif
-    for (qsizetype i = 0; i < 64 && Base + i < End; ++i) {
-        const QChar c = Text[Base + i];
-        const std::uint64_t bit = std::uint64_t(1) << i;
-        if (c == u'<')
-            marks.Opens |= bit;
-        else if (c == u'>')
-            marks.Closes |= bit;
-        else if (MarkupIndex::IsTabOrLineFeed(c))
-            marks.Blanks |= bit;
-    }
-    return marks;
+    return {Where<u'<'>(Text, Base, End), Where<u'>'>(Text, Base, End), Where<u'\t', u'\n'>(Text, Base, End)};
 }
 
 // A table of tags that an index of this thread no longer needs. An index
@@ -127,7 +114,7 @@ qsizetype MarkupIndex::Scan(QStringView Text, qsizetype Begin, qsizetype End, QS
 {
     const QChar *text = Text.data();
     for (qsizetype base = Begin; base < End; base += 64) {
-        for (std::uint64_t opens = MarksOf(text, base, End).Opens; opens != 0; opens &= opens - 1) {
+        for (std::uint64_t opens = Where<u'<'>(text, base, End); opens != 0; opens &= opens - 1) {
             const qsizetype pos = base + std::countr_zero(opens);
             qsizetype at = pos + 1;
             qsizetype matched = 0;
