@@ -354,12 +354,6 @@ void clsXML::setExtractUntil(const MarkupTag &Tag)
     m_namesAhead.reset();
 }
 
-namespace {
-
-constexpr std::size_t BloomBits = 4096;
-
-} // namespace
-
 // With a bound: one past the last tag an open tag may be found at, which is
 // the bound's own tag.
 std::size_t clsXML::SearchLimit()
@@ -383,7 +377,7 @@ void clsXML::NoteNamesAhead(std::size_t Limit)
         m_namesAhead->set(tags[i].Hash % BloomBits);
 }
 
-bool clsXML::Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
+bool clsXML::LocateAhead(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
 {
     try {
         if (!m_indexed)
@@ -391,8 +385,6 @@ bool clsXML::Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
         if (!m_indexed || m_next >= m_end)
             return false;
         const std::size_t limit = m_until ? SearchLimit() : m_end;
-        if (m_namesAhead && !m_namesAhead->test(Tag.OpenHash() % BloomBits))
-            return false;
         const std::size_t open = m_doc->Find(m_next, limit, Tag.OpenName());
         if (open >= limit) {
             if (!m_namesAhead)
@@ -412,11 +404,11 @@ bool clsXML::Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
     }
 }
 
-bool clsXML::Locate(const MarkupTag &Tag, QStringView &value, QString &Copy)
+bool clsXML::LocateValue(const MarkupTag &Tag, QStringView &value, QString &Copy)
 {
     std::size_t open = 0;
     std::size_t close = 0;
-    if (!Locate(Tag, open, close))
+    if (!LocateAhead(Tag, open, close))
         return false;
     value = m_doc->Between(open, close);
     if (m_doc->BlankBetween(open, close))

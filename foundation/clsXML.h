@@ -118,10 +118,24 @@ private:
     void Index();
     // Finds the next element and moves the cursor past it: the indexes of its
     // open and close tags.
-    bool Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close);
+    bool Locate(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close)
+    {
+        return !SurelyAbsent(Tag) && LocateAhead(Tag, Open, Close);
+    }
     // The same, giving the text between the tags without TAB and LF: a view
     // of the text, or of Copy when the text had any there.
-    bool Locate(const MarkupTag &Tag, QStringView &value, QString &Copy);
+    bool Locate(const MarkupTag &Tag, QStringView &value, QString &Copy)
+    {
+        return !SurelyAbsent(Tag) && LocateValue(Tag, value, Copy);
+    }
+    // Most members of a record are absent; once a read has missed, this tells
+    // so for the others without a search, and without a call.
+    bool SurelyAbsent(const MarkupTag &Tag) const
+    {
+        return m_namesAhead && !m_namesAhead->test(Tag.OpenHash() % BloomBits);
+    }
+    bool LocateAhead(const MarkupTag &Tag, std::size_t &Open, std::size_t &Close);
+    bool LocateValue(const MarkupTag &Tag, QStringView &value, QString &Copy);
     std::size_t SearchLimit();
     // Remembers the names from the cursor to Limit after a read missed.
     void NoteNamesAhead(std::size_t Limit);
@@ -142,7 +156,8 @@ private:
     std::optional<std::size_t> m_stop; // index of m_until once looked for
     // Hashes of the tags between the cursor of the first missed read and the
     // bound; the cursor only moves on, so a name not in it is absent.
-    std::optional<std::bitset<4096>> m_namesAhead;
+    static constexpr std::size_t BloomBits = 4096;
+    std::optional<std::bitset<BloomBits>> m_namesAhead;
     clsConcat m_writer;
     qint16 m_depth = 0;
 };
