@@ -89,7 +89,9 @@ const QStringList clsTriggerField::ValidateOptionLabels = {
 const QStringList clsTriggerField::ValidateActionLabels = {
     QStringLiteral("Set Field To Default Value"), QStringLiteral("Cancel Trigger Execution")};
 
-clsTriggerField::clsTriggerField() : ID(NewUniqueID()) {}
+clsTriggerField::clsTriggerField() : clsTriggerField(NewUniqueID()) {}
+
+clsTriggerField::clsTriggerField(QString ID) : ID(std::move(ID)) {}
 
 QString clsTriggerField::XML() const
 {

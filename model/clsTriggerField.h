@@ -15,6 +15,9 @@ class clsTriggerField
 {
 public:
     clsTriggerField();
+    // With the ID given; a field about to be read takes none, as the read
+    // sets it whether its tag is there or not.
+    explicit clsTriggerField(QString ID);
 
     QString ID;
     QString Name;

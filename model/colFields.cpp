@@ -21,7 +21,7 @@ clsTriggerField *colFields::AddXML(const QString &XML)
 clsTriggerField *colFields::AddXML(clsXML &Reader)
 {
     try {
-        auto field = std::make_unique<clsTriggerField>();
+        auto field = std::make_unique<clsTriggerField>(QString());
         field->ReadXML(Reader);
         return Add(std::move(field));
     } catch (const std::exception &error) {
