@@ -65,7 +65,7 @@ constexpr std::size_t MaxSpareTags = 1 << 18;
 
 } // namespace
 
-inline bool MarkupIndex::AddTag(qsizetype Open, qsizetype Close, bool Spread, bool Blank) const
+bool MarkupIndex::AddTag(qsizetype Open, qsizetype Close, bool Spread, bool Blank) const
 {
     const QStringView name(m_text.constData() + Open + 1, Close - Open - 1);
     if (name.size() > MaxNameLength)
