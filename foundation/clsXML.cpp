@@ -34,11 +34,17 @@ QStringView WithoutTabsAndLineFeeds(QStringView Raw, QString &Copy)
     return Copy;
 }
 
+// A view WithoutTabsAndLineFeeds gave, as a string: Copy itself when the view
+// is of it.
+QString Owned(QStringView Cleaned, QString &Copy)
+{
+    return Cleaned.data() == Copy.constData() ? std::move(Copy) : Cleaned.toString();
+}
+
 QString CleanedText(QStringView Raw)
 {
     QString copy;
-    const QStringView cleaned = WithoutTabsAndLineFeeds(Raw, copy);
-    return cleaned.data() == copy.constData() ? copy : cleaned.toString();
+    return Owned(WithoutTabsAndLineFeeds(Raw, copy), copy);
 }
 
 struct Escape
@@ -488,7 +494,7 @@ bool clsXML::Extract(QString &Target, const MarkupTag &Tag, bool Raw, bool Encry
     if (Encrypted && value.startsWith(u"enc:"))
         Target = DecryptText(value.mid(4).toString());
     else if (Raw)
-        Target = value.data() == copy.constData() ? std::move(copy) : value.toString();
+        Target = Owned(value, copy);
     else
         DecodeInto(Target, value);
     return true;
