@@ -3,7 +3,9 @@
 #include "PushChannel.h"
 #include "UserPasswords.h"
 
+#include <QHostAddress>
 #include <QLockFile>
+#include <QSslConfiguration>
 #include <QString>
 #include <memory>
 
@@ -26,7 +28,8 @@ struct ServerOptions
 // The first start in an empty data folder makes SETTINGS.XML, the
 // configuration database with the organization "Default" and the user
 // "Admin" (a system administrator with the empty password), and the
-// self-signed certificate.
+// self-signed certificate. While a system administrator has the empty
+// password, the server listens on loopback only.
 class PostvaneServer
 {
 public:
@@ -47,6 +50,10 @@ private:
     bool CreateFirstRunRecords();
     bool CloseCreatedStore();
     bool StartWebService(const ServerOptions &Options);
+    QString AdministratorWithoutPassword();
+    // Listens on the configured address, or on loopback while a system
+    // administrator has the empty password; called again when users change.
+    bool UpdateListening();
 
     std::unique_ptr<QLockFile> m_lock;
     std::unique_ptr<ServerLog> m_log;
@@ -56,5 +63,10 @@ private:
     std::unique_ptr<clsMessageStore> m_messages;
     std::unique_ptr<ServerServices> m_services;
     std::unique_ptr<WebService> m_web;
+    QSslConfiguration m_tls;
+    QHostAddress m_configured;
+    QHostAddress m_address;
+    quint16 m_port = 0;
+    bool m_listening = false;
     bool m_running = false;
 };

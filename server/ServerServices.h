@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 
 class ConfigStore;
 class clsMessageStore;
@@ -14,4 +15,6 @@ struct ServerServices
     ServerLog &Log;
     PushChannel &Push;
     clsMessageStore &MessageStore;
+    // Called after a user was saved or deleted.
+    std::function<void()> UsersChanged;
 };
