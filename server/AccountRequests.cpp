@@ -49,11 +49,11 @@ FoundAccount FindAccount(const RequestContext &Context, Access Wanted)
         return {nullptr, bad};
     clsAccount *account = Accounts().Item(Context.Client.AccountID);
     if (!account)
-        return {nullptr, ServerReply::Refusal(QStringLiteral("There is no account with this ID."))};
+        return {nullptr, ServerReply::Refusal(QStringLiteral("There is no account with the ID \"%1\".").arg(Context.Client.AccountID))};
     if (!account->UserAccess(&Context.User))
-        return {nullptr, ServerReply::Refusal(QStringLiteral("This account is not yours to see."))};
+        return {nullptr, ServerReply::Refusal(QStringLiteral("Your user may not see the account %1.").arg(account->AccountID))};
     if (Wanted == Access::Change && !MayChangeAccount(Context.User, *account))
-        return {nullptr, ServerReply::Refusal(QStringLiteral("This account is not yours to change."))};
+        return {nullptr, ServerReply::Refusal(QStringLiteral("Your user may not change the account \"%1\": that takes an administrator of its organization.").arg(account->Name))};
     return {account, std::nullopt};
 }
 
@@ -75,7 +75,7 @@ FoundTrigger FindTrigger(const RequestContext &Context, Access Wanted)
         return {nullptr, nullptr, found.Refusal};
     clsAccountTrigger *trigger = found.Account->TriggerFromID(Context.Client.TriggerID);
     if (!trigger)
-        return {nullptr, nullptr, ServerReply::Refusal(QStringLiteral("The account has no trigger with this ID."))};
+        return {nullptr, nullptr, ServerReply::Refusal(QStringLiteral("The account \"%1\" has no trigger with the ID \"%2\".").arg(found.Account->Name, Context.Client.TriggerID))};
     return {found.Account, trigger, std::nullopt};
 }
 
@@ -219,7 +219,7 @@ ServerReply DeleteAccount(RequestContext &Context)
     const QString id = found.Account->AccountID;
     ConfigStore &store = Context.Services.Store;
     clsMessageStore &messages = Context.Services.MessageStore;
-    if (!store.Write([&] { return store.DeleteAccount(id) && messages.DeleteAccount(id); }))
+    if (!store.Write([&] { return messages.DeleteAccount(id) && store.DeleteAccount(id); }))
         return StoreFailure(Context);
     const QString name = found.Account->Name;
     UserFolders().DeleteForAccount(id);
@@ -296,7 +296,7 @@ ServerReply ReceivedAfterReset(RequestContext &Context)
     if (found.Refusal)
         return *found.Refusal;
     if (!Context.Client.TriggerID.isEmpty() && !found.Account->TriggerFromID(Context.Client.TriggerID))
-        return ServerReply::Refusal(QStringLiteral("The account has no trigger with this ID."));
+        return ServerReply::Refusal(QStringLiteral("The account \"%1\" has no trigger with the ID \"%2\".").arg(found.Account->Name, Context.Client.TriggerID));
     const QDate today = QDate::currentDate();
     return ChangeAccount(
         Context, *found.Account, [today](clsAccount &account) { account.ReceivedAfterReset(today); },
@@ -379,7 +379,7 @@ ServerReply SwapTrigger(RequestContext &Context)
     colTriggers &triggers = found.Account->Triggers;
     const clsAccountTrigger *other = found.Account->TriggerFromID(Context.Client.MoveToFolderID);
     if (!other)
-        return ServerReply::Refusal(QStringLiteral("The account has no trigger with the ID of movetofolderid."));
+        return ServerReply::Refusal(QStringLiteral("The account \"%1\" has no trigger with the ID \"%2\" to swap with.").arg(found.Account->Name, Context.Client.MoveToFolderID));
     if (other == found.Trigger)
         return ServerReply::Ok();
     const QString first = found.Trigger->TriggerID;

@@ -93,7 +93,7 @@ ServerReply UpdateFolder(RequestContext &Context)
         return *bad;
     clsUserFolder *stored = UserFolders().Item(Context.Client.FolderID);
     if (!stored)
-        return ServerReply::Refusal(QStringLiteral("There is no folder with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no folder with the ID \"%1\".").arg(Context.Client.FolderID));
     if (!MayManageFolder(Context.User, *stored))
         return ServerReply::Refusal(QStringLiteral("This folder is not yours to change."));
     clsUserFolder folder = *stored;
@@ -131,7 +131,7 @@ ServerReply DeleteFolder(RequestContext &Context)
         return *bad;
     const clsUserFolder *folder = UserFolders().Item(Context.Client.FolderID);
     if (!folder)
-        return ServerReply::Refusal(QStringLiteral("There is no folder with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no folder with the ID \"%1\".").arg(Context.Client.FolderID));
     const QStringList ids = FolderAndBelow(folder->ID);
     for (const QString &id : ids)
         if (!MayManageFolder(Context.User, *UserFolders().Item(id)))

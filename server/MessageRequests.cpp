@@ -121,6 +121,8 @@ std::optional<ServerReply> ReadMessageSet(RequestContext &Context, MessageSetFil
     Filter.SearchText = client.SearchText;
     Filter.FolderID = client.FolderID;
 
+    if (Filter.FolderID.size() > 1 && !UserFolders().Item(Filter.FolderID))
+        return ServerReply::Refusal(QStringLiteral("There is no folder with the ID \"%1\".").arg(Filter.FolderID));
     const clsUser &user = Context.User;
     if (!user.Admin) {
         Filter.OrganizationID = user.OrganizationID;
@@ -286,7 +288,7 @@ ServerReply MoveMessage(RequestContext &Context)
     const StoredMessage &message = std::get<StoredMessage>(found);
     const clsUserFolder *target = UserFolders().Item(Context.Client.MoveToFolderID);
     if (!target)
-        return ServerReply::Refusal(QStringLiteral("There is no folder with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no folder with the ID \"%1\".").arg(Context.Client.MoveToFolderID));
     if (!MaySeeFolder(Context.User, target->ID))
         return ServerReply::Refusal(QStringLiteral("This folder is not yours to see."));
     if (target->OrganizationID != message.OrganizationID)

@@ -13,8 +13,9 @@
 
 namespace {
 
-// Deletes the folders that Belongs picks and then their owner, in one
-// transaction of the configuration store.
+// Deletes the owner and then the folders that Belongs picks, in one
+// transaction of the configuration store; the owner's store rows go first,
+// while the folders that find some of them are still there.
 bool DeleteWithFolders(ConfigStore &Store, const std::function<bool(const clsUserFolder &)> &Belongs,
                        const std::function<bool()> &DeleteOwner)
 {
@@ -23,10 +24,12 @@ bool DeleteWithFolders(ConfigStore &Store, const std::function<bool(const clsUse
         if (Belongs(*folder))
             folders << folder->ID;
     return Store.Write([&] {
+        if (!DeleteOwner())
+            return false;
         for (const QString &folder : folders)
             if (!Store.DeleteFolder(folder))
                 return false;
-        return DeleteOwner();
+        return true;
     });
 }
 
@@ -48,7 +51,7 @@ ServerReply GetUser(RequestContext &Context)
         return *bad;
     const clsUser *user = Users().Item(Context.Client.UserID);
     if (!user)
-        return ServerReply::Refusal(QStringLiteral("There is no user with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no user with the ID \"%1\".").arg(Context.Client.UserID));
     if (!MayManageUser(Context.User, *user))
         return ServerReply::Refusal(QStringLiteral("This user is not yours to see."));
     return ServerReply::Ok(user->XML());
@@ -131,7 +134,7 @@ ServerReply DeleteUser(RequestContext &Context)
     const QString id = Context.Client.UserID;
     const clsUser *user = Users().Item(id);
     if (!user)
-        return ServerReply::Refusal(QStringLiteral("There is no user with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no user with the ID \"%1\".").arg(Context.Client.UserID));
     if (!IsAdministrator(Context.User) || !MayManageUser(Context.User, *user))
         return ServerReply::Refusal(QStringLiteral("This user is not yours to delete."));
     if (id == Context.User.ID)
@@ -141,7 +144,7 @@ ServerReply DeleteUser(RequestContext &Context)
 
     ConfigStore &store = Context.Services.Store;
     const bool saved = DeleteWithFolders(
-        store, [&](const clsUserFolder &folder) { return folder.UserID == id; }, [&] { return store.DeleteUser(id) && Context.Services.MessageStore.DeleteUser(id); });
+        store, [&](const clsUserFolder &folder) { return folder.UserID == id; }, [&] { return Context.Services.MessageStore.DeleteUser(id) && store.DeleteUser(id); });
     if (!saved)
         return StoreFailure(Context);
     const QString name = user->Username;
@@ -234,7 +237,7 @@ ServerReply DeleteOrganization(RequestContext &Context)
     const QString id = Context.Client.OrganizationID;
     const clsUserOrganization *organization = Organizations().Item(id);
     if (!organization)
-        return ServerReply::Refusal(QStringLiteral("There is no organization with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no organization with the ID \"%1\".").arg(Context.Client.OrganizationID));
     if (organization->NumUsers() > 0)
         return ServerReply::Refusal(QStringLiteral("The organization still has users."));
     if (organization->NumAccounts() > 0)
@@ -243,7 +246,7 @@ ServerReply DeleteOrganization(RequestContext &Context)
     ConfigStore &store = Context.Services.Store;
     const bool saved = DeleteWithFolders(
         store, [&](const clsUserFolder &folder) { return folder.OrganizationID == id; },
-        [&] { return store.DeleteOrganization(id) && Context.Services.MessageStore.DeleteOrganization(id); });
+        [&] { return Context.Services.MessageStore.DeleteOrganization(id) && store.DeleteOrganization(id); });
     if (!saved)
         return StoreFailure(Context);
     const QString name = organization->Name;
