@@ -423,11 +423,13 @@ bool frmClient::ConfirmClose()
     const auto answer = ShowTaskDialog(this, DictText("CLOSE", "Close %APPNAME%?"), content, QString(),
                                        QMessageBox::Yes | QMessageBox::No,
                                        DictText("ASKEXIT", "Don't show this dialog again."), &dontAsk);
+    if (answer != QMessageBox::Yes)
+        return false;
     if (dontAsk) {
         Global.Settings.AskExit = false;
         SaveUserKey("AskExit", false);
     }
-    return answer == QMessageBox::Yes;
+    return true;
 }
 
 void frmClient::closeEvent(QCloseEvent *event)
