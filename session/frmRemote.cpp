@@ -2,6 +2,7 @@
 #include "Requests.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Startup.h"
+#include "foundation/TextHelpers.h"
 #include "foundation/cDDict.h"
 #include "foundation/clsXML.h"
 #include "model/GlobalCollections.h"
@@ -510,6 +511,7 @@ void frmRemote::ShowPopup(const QString &Body)
     xml.Extract(popup.Title, QStringLiteral("Title"));
     if (settings.isEmpty())
         settings = QStringLiteral("-2147483635|1|0|0");
+    popup.Message = EntityDecode(popup.Message);
     if (popup.Message.isEmpty())
         popup.Message = QStringLiteral("New Message");
     if (popup.Title.isEmpty())

@@ -204,22 +204,24 @@ void frmClient::CreateLogPanes()
     struct PaneName
     {
         frmService **Pane;
+        int ID;
         const char *Name;
         QString Title;
         QString Log;
     };
     const QString product = Global.ProductName;
     const PaneName names[] = {
-        {&LogPaneServer, "LogPaneServer", QStringLiteral("Server"), product + QStringLiteral("ServerLog.LOG")},
-        {&LogPaneEdge, "LogPaneEdge", QStringLiteral("Edge"), product + QStringLiteral("EdgeServerLog.LOG")},
-        {&LogPaneMessage, "LogPaneMessage", QStringLiteral("Message Processor"), product + QStringLiteral("MessageServerLog.LOG")},
-        {&LogPaneMailServer, "LogPaneMailServer", QStringLiteral("Mail Server"), QStringLiteral("SMTP.LOG")},
-        {&LogPaneOutgoing, "LogPaneOutgoing", QStringLiteral("Outgoing Email"), QStringLiteral("SMTPCLIENT.LOG")},
+        {&LogPaneServer, 1, "LogPaneServer", QStringLiteral("Server"), product + QStringLiteral("ServerLog.LOG")},
+        {&LogPaneEdge, 2, "LogPaneEdge", QStringLiteral("Edge"), product + QStringLiteral("EdgeServerLog.LOG")},
+        {&LogPaneMessage, 3, "LogPaneMessage", QStringLiteral("Message Processor"), product + QStringLiteral("MessageServerLog.LOG")},
+        {&LogPaneMailServer, 4, "LogPaneMailServer", QStringLiteral("Mail Server"), QStringLiteral("SMTP.LOG")},
+        {&LogPaneOutgoing, 5, "LogPaneOutgoing", QStringLiteral("Outgoing Email"), QStringLiteral("SMTPCLIENT.LOG")},
     };
     QDockWidget *first = nullptr;
     for (const PaneName &name : names) {
         auto *dock = new QDockWidget(name.Title, this);
         dock->setObjectName(QString::fromLatin1(name.Name));
+        dock->setProperty(PaneIDProperty, name.ID);
         *name.Pane = new frmService(name.Title, name.Log, dock);
         dock->setWidget(*name.Pane);
         addDockWidget(Qt::BottomDockWidgetArea, dock);
@@ -423,11 +425,13 @@ bool frmClient::ConfirmClose()
     const auto answer = ShowTaskDialog(this, DictText("CLOSE", "Close %APPNAME%?"), content, QString(),
                                        QMessageBox::Yes | QMessageBox::No,
                                        DictText("ASKEXIT", "Don't show this dialog again."), &dontAsk);
+    if (answer != QMessageBox::Yes)
+        return false;
     if (dontAsk) {
         Global.Settings.AskExit = false;
         SaveUserKey("AskExit", false);
     }
-    return answer == QMessageBox::Yes;
+    return true;
 }
 
 void frmClient::closeEvent(QCloseEvent *event)

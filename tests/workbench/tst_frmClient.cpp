@@ -76,11 +76,15 @@ private slots:
         client.ConnectTimer.stop();
         client.show();
         {
+            // A No with the box ticked changes nothing: the question comes again.
             ModalCloser closer(QMessageBox::No);
+            closer.TickVerification = true;
             client.close();
             QCOMPARE(closer.Texts.size(), 1);
             QVERIFY(closer.Texts[0].startsWith(QStringLiteral("Close Postvane?\nThe Postvane Service will continue running on the remote PC")));
         }
+        QVERIFY(Global.Settings.AskExit);
+        QVERIFY(GetUserSetting(Global.ProductName, QStringLiteral("AskExit")) != QStringLiteral("false"));
         QVERIFY(client.isVisible());
         QVERIFY(!client.ShutdownTimer.isActive());
 
