@@ -1270,3 +1270,36 @@ bool clsMessageStore::ValidateRequired(qint64 RecordNo, const QString &ActionID,
                QStringLiteral("ValidateRequired"))
         >= 0;
 }
+
+bool clsMessageStore::ReturnEdgeQueueRecords(const QList<qint64> &RecordNos)
+{
+    if (RecordNos.isEmpty())
+        return true;
+    return Run(QueueConnection(),
+               QStringLiteral("UPDATE EdgeQueue SET Processed=0,TakenBy=NULL WHERE RecordNo IN (") + RecordList(RecordNos)
+                   + u')',
+               QStringLiteral("ReturnEdgeQueueRecords"))
+        >= 0;
+}
+
+bool clsMessageStore::UpdateMessageStoreTrigger(const clsMessage &Message, bool *Updated)
+{
+    const clsAccount *account = Message.Account;
+    const QString accountID = StoredID(account ? account->AccountID : QString());
+    QString folderID = Message.FolderID;
+    if (folderID.isEmpty() && account)
+        folderID = UserFolders().AccountRootFolderID(account->AccountID);
+    const qint64 changed
+        = Run(m_store,
+              QStringLiteral("UPDATE MessageStore SET TriggerID=")
+                  + Quote(StoredID(Message.Trigger() ? Message.Trigger()->TriggerID : QString()))
+                  + QStringLiteral(",FolderID=") + Quote(StoredID(folderID)) + QStringLiteral(",TriggerError=")
+                  + Quote(Message.LastError.left(250)) + QStringLiteral(",TriggerSuccess=")
+                  + Number(Message.ErrorCount == 0 ? 1 : 0) + QStringLiteral(" WHERE AccountID=") + Quote(accountID)
+                  + QStringLiteral(" AND Source=") + Quote(Message.Source) + QStringLiteral(" AND UID=")
+                  + Quote(Message.MessageID),
+              QStringLiteral("UpdateMessageStoreTrigger"));
+    if (Updated)
+        *Updated = changed > 0;
+    return changed >= 0;
+}

@@ -83,6 +83,7 @@ public:
     // that reads inside it cannot meet another writer; nothing on SQL Server.
     bool BeginTransaction();
     bool EndTransaction();
+    void RollbackTransaction();
     // Removes the processed queue rows and, when nothing else is left, shrinks
     // the queue file (SQLite only).
     bool ResetEdgeQueue();
@@ -245,6 +246,13 @@ public:
     qint64 ReturnTakenEdgeQueue();
     // The name under which this process takes rows.
     static QString EdgeQueueTaker();
+    // Rows taken by this process that it could not store wait again.
+    bool ReturnEdgeQueueRecords(const QList<qint64> &RecordNos);
+    // After a run on a stored message (a reprocess): its trigger, folder,
+    // error and success in the store row of its identity. No trigger is
+    // stored as "-". False when it failed; Updated tells whether a row of the
+    // identity was there.
+    bool UpdateMessageStoreTrigger(const clsMessage &Message, bool *Updated = nullptr);
     // A confirmed message waits again: Processed 0.
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry
@@ -274,7 +282,6 @@ private:
     // The oldest waiting row, taken by this process; 0 when none waits, -1 on failure.
     qint64 TakeEdgeQueueRow();
     qint64 AddMessageRow(const clsMessage &Message);
-    void RollbackTransaction();
 
     const QString m_store;
     const QString m_reader;
