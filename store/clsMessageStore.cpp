@@ -383,22 +383,32 @@ bool clsMessageStore::DeleteMessages(const QString &AccountID, const QString &Tr
 {
     const QString routine = QStringLiteral("DeleteMessages");
     const QString account = QStringLiteral(" WHERE AccountID=") + Quote(AccountID);
-    if (!TriggerID.isEmpty()) {
-        const bool stored = Run(m_store,
-                                QStringLiteral("DELETE FROM MessageStore") + account + QStringLiteral(" AND TriggerID=")
-                                    + Quote(TriggerID),
-                                routine)
-            >= 0;
-        return DeleteScheduledEmails(AccountID, TriggerID) >= 0 && stored;
-    }
+    const QString trigger = TriggerID.isEmpty() ? QString() : QStringLiteral(" AND TriggerID=") + Quote(TriggerID);
     bool ok = RunAll(m_store,
-                     {QStringLiteral("DELETE FROM MessageStore") + account,
+                     {QStringLiteral("DELETE FROM MessageStore") + account + trigger,
                       QStringLiteral("DELETE FROM Folders") + account, QStringLiteral("DELETE FROM Pending") + account},
                      routine);
     ok = Run(QueueConnection(), QStringLiteral("DELETE FROM EdgeQueue") + account, routine) >= 0 && ok;
     ok = DeleteScheduledEmails(AccountID) >= 0 && ok;
     RemoveMessageFiles(QStringLiteral("msg_") + AccountID + QStringLiteral("*.eml"));
     return ok;
+}
+
+bool clsMessageStore::DeleteAccount(const QString &AccountID)
+{
+    const QString account = QStringLiteral(" WHERE AccountID=") + Quote(AccountID);
+    QStringList statements = FlagsOfFolders(QStringLiteral("AccountID=") + Quote(AccountID));
+    for (const char *table : {"DaySummary", "DaySummaryToken", "Outbox"})
+        statements << QStringLiteral("DELETE FROM ") + QLatin1String(table) + account;
+    const bool ok = RunAll(m_store, statements, QStringLiteral("DeleteAccount"));
+    return DeleteMessages(AccountID) && ok;
+}
+
+QStringList clsMessageStore::FlagsOfFolders(const QString &FolderCondition) const
+{
+    const QString folders = QStringLiteral(" WHERE FolderID IN (SELECT FolderID FROM Folders WHERE ") + FolderCondition
+        + u')';
+    return {QStringLiteral("DELETE FROM FolderFlags") + folders, QStringLiteral("DELETE FROM MessageFlags") + folders};
 }
 
 qint64 clsMessageStore::DeleteScheduledEmails(const QString &AccountID, const QString &TriggerID,
@@ -433,20 +443,25 @@ bool clsMessageStore::ClearAllMailStore(const QString &OrganizationID)
 
 bool clsMessageStore::DeleteUser(const QString &UserID)
 {
+    const QString routine = QStringLiteral("DeleteUser");
     const QString user = QStringLiteral(" WHERE UserID=") + Quote(UserID);
-    return RunAll(m_store,
-                  {QStringLiteral("DELETE FROM Users") + user, QStringLiteral("DELETE FROM Folders") + user,
-                   QStringLiteral("DELETE FROM FolderFlags") + user, QStringLiteral("DELETE FROM MessageFlags") + user,
-                   QStringLiteral("DELETE FROM MessageStore WHERE AccountID=") + Quote(UserID)},
-                  QStringLiteral("DeleteUser"));
+    const QString mailbox = QStringLiteral(" WHERE AccountID=") + Quote(UserID);
+    QStringList statements = FlagsOfFolders(QStringLiteral("UserID=") + Quote(UserID));
+    statements << QStringLiteral("DELETE FROM Users") + user << QStringLiteral("DELETE FROM Folders") + user
+               << QStringLiteral("DELETE FROM FolderFlags") + user << QStringLiteral("DELETE FROM MessageFlags") + user;
+    for (const char *table : {"MessageStore", "Pending", "DaySummary", "DaySummaryToken"})
+        statements << QStringLiteral("DELETE FROM ") + QLatin1String(table) + mailbox;
+    const bool ok = RunAll(m_store, statements, routine);
+    return Run(QueueConnection(), QStringLiteral("DELETE FROM EdgeQueue") + mailbox, routine) >= 0 && ok;
 }
 
 bool clsMessageStore::DeleteOrganization(const QString &ID)
 {
     const QString routine = QStringLiteral("DeleteOrganization");
     const QString organization = QStringLiteral(" WHERE OrganizationID=") + Quote(ID);
-    QStringList statements;
-    for (const char *table : {"Users", "Folders", "Pending", "MessageStore", "DaySummary", "DaySummaryToken"})
+    QStringList statements = FlagsOfFolders(QStringLiteral("OrganizationID=") + Quote(ID));
+    for (const char *table :
+         {"Users", "Folders", "Pending", "MessageStore", "DaySummary", "DaySummaryToken", "DaySummaryTokenTypes"})
         statements << QStringLiteral("DELETE FROM ") + QLatin1String(table) + organization;
     bool ok = RunAll(m_store, statements, routine);
     for (const clsAccount *account : Accounts()) {
@@ -885,6 +900,15 @@ bool clsMessageStore::UpdateDaySummaryTokens(const clsMessage &Message)
 
 bool clsMessageStore::AddDaySummaryTokenTypes(const QString &OrganizationID)
 {
+    const QString routine = QStringLiteral("AddDaySummaryTokenTypes");
+    const auto present = Scalar(m_store,
+                                QStringLiteral("SELECT COUNT(*) FROM DaySummaryTokenTypes WHERE OrganizationID=")
+                                    + Quote(OrganizationID) + QStringLiteral(" AND TokenType<100"),
+                                routine);
+    if (!present)
+        return false;
+    if (present->toInt() > 0)
+        return true;
     QStringList statements;
     const QStringList names{QStringLiteral("Sender Domain"), QStringLiteral("Sender Country"),
                             QStringLiteral("Attachment File Type")};
@@ -892,7 +916,15 @@ bool clsMessageStore::AddDaySummaryTokenTypes(const QString &OrganizationID)
         statements << QStringLiteral(
                           "INSERT INTO DaySummaryTokenTypes (OrganizationID,TokenType,TokenTypeDesc) VALUES (")
                 + Quote(OrganizationID) + u',' + Number(type) + u',' + Quote(names.at(type - 1)) + u')';
-    return RunAll(m_store, statements, QStringLiteral("AddDaySummaryTokenTypes"));
+    return RunAll(m_store, statements, routine);
+}
+
+bool clsMessageStore::AddMissingDaySummaryTokenTypes()
+{
+    bool ok = true;
+    for (const clsUserOrganization *organization : Organizations())
+        ok = AddDaySummaryTokenTypes(organization->ID) && ok;
+    return ok;
 }
 
 QString clsMessageStore::GetDaySummary(const QString &AccountID, const QDate &FromDate, const QDate &ToDate,

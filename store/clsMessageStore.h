@@ -105,10 +105,13 @@ public:
     // Deleting ------------------------------------------------------------
 
     qint64 DeleteOldMessages(const QString &AccountID, const QDateTime &Before);
-    // With a trigger: that trigger's stored messages and scheduled mail. With
-    // none: every row of the account in the store, its folders, pending and
-    // queued messages, its scheduled mail and its files in IMAP/Public/.
+    // The account's stored messages (only the trigger's when one is given),
+    // its folders, pending and queued messages, its scheduled mail and its
+    // files in IMAP/Public/.
     bool DeleteMessages(const QString &AccountID, const QString &TriggerID = QString());
+    // Everything of a deleted account: DeleteMessages, and the flags of its
+    // folders, its day summaries and its outgoing mail.
+    bool DeleteAccount(const QString &AccountID);
     // Scheduled rows of the Outbox of the account, narrowed to the trigger and
     // to a search in subject and addresses when given.
     qint64 DeleteScheduledEmails(const QString &AccountID, const QString &TriggerID = QString(),
@@ -116,7 +119,12 @@ public:
     // Messages, pending messages and statistics of the organization, or of
     // all when none is given, and their files in IMAP/Public/.
     bool ClearAllMailStore(const QString &OrganizationID = QString());
+    // The user's rows, its folders with every user's flags on them, and the
+    // messages, pending and queued rows and day summaries of its mailbox
+    // (the user's ID stands as the account).
     bool DeleteUser(const QString &UserID);
+    // The organization's users, folders with their flags, messages, pending
+    // rows and statistics, and the queued and outgoing mail of its accounts.
     bool DeleteOrganization(const QString &ID);
 
     // Message sets --------------------------------------------------------
@@ -182,8 +190,10 @@ public:
     // The message's tokens: the domain of its sender, its country and the
     // file type of each attachment.
     bool UpdateDaySummaryTokens(const clsMessage &Message);
-    // The built-in token types 1 to 3 of a new organization.
+    // The built-in token types 1 to 3 of an organization that has none yet.
     bool AddDaySummaryTokenTypes(const QString &OrganizationID);
+    // The same for every organization of the configuration.
+    bool AddMissingDaySummaryTokenTypes();
     // The report of "getdaysummary.xml": "<Lines>", a "<Line>" per row,
     // "</Lines>". Types below 1000 list the tokens of that type by day
     // (the "<Dated>...</Date>" pair is what the reader expects); 1000, 1001
@@ -274,6 +284,9 @@ private:
     std::optional<QVariant> Scalar(const QString &Connection, const QString &SQL, const QString &Routine);
     bool RunAll(const QString &Connection, const QStringList &Statements, const QString &Routine);
     QString SearchCondition(const QString &Columns, const QString &SearchText) const;
+    // The deletes of FolderFlags and MessageFlags on the folders that the
+    // condition on Folders picks; they run before the folders go.
+    QStringList FlagsOfFolders(const QString &FolderCondition) const;
     // Adds a row through a row set: its RecordNo (0 for a table without
     // one), -1 when it failed (reported under Routine).
     qint64 AddRow(const QString &Table, const QVariantMap &Values, const QString &Routine);
