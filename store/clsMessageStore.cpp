@@ -1335,3 +1335,42 @@ bool clsMessageStore::UpdateMessageStoreTrigger(const clsMessage &Message, bool 
         *Updated = changed > 0;
     return changed >= 0;
 }
+
+qint64 clsMessageStore::SaveMessageToReprocess(const QString &FolderID, qint64 RecordNo, bool Spam)
+{
+    const QString routine = QStringLiteral("SaveMessageToReprocess");
+    QString sql = QStringLiteral("SELECT AccountID,Source,UID,MessageDate,Headers,Body FROM MessageStore WHERE ");
+    if (!FolderID.isEmpty())
+        sql += QStringLiteral("FolderID = ") + Quote(FolderID) + QStringLiteral(" AND ");
+    sql += QStringLiteral("RecordNo = ") + Number(RecordNo);
+    QSqlRecord row;
+    {
+        auto query = Select(m_store, sql, routine);
+        if (!query || !query->next())
+            return 0;
+        row = query->record();
+    }
+    const QString accountID = row.value(QStringLiteral("AccountID")).toString();
+    const QString source = row.value(QStringLiteral("Source")).toString();
+    const QString uid = row.value(QStringLiteral("UID")).toString();
+    QString headers = row.value(QStringLiteral("Headers")).toString();
+    while (headers.endsWith(u'\n') || headers.endsWith(u'\r'))
+        headers.chop(1);
+    MimeMail mail;
+    mail.LoadMime(headers + QStringLiteral("\r\n\r\n") + row.value(QStringLiteral("Body")).toString());
+    if (Spam)
+        mail.SetHeader(QStringLiteral("Postvane-Spam"), QStringLiteral("Yes"));
+    mail.RemoveHeader(QStringLiteral("Postvane-TriggerID"));
+    mail.SetHeader(QStringLiteral("Postvane-Reprocess"), QStringLiteral("1"));
+    mail.SetHeader(QStringLiteral("Postvane-AccountID"), accountID);
+    mail.SetHeader(QStringLiteral("Postvane-Source"), source);
+    mail.SetHeader(QStringLiteral("Postvane-UID"), uid);
+    if (Run(QueueConnection(),
+            QStringLiteral("DELETE FROM EdgeQueue WHERE AccountID=") + Quote(accountID) + QStringLiteral(" AND Source=")
+                + Quote(source) + QStringLiteral(" AND UID=") + Quote(uid),
+            routine)
+        < 0)
+        return 0;
+    return AddEMLToEdgeQueue(accountID, source, uid, SafeDate(row.value(QStringLiteral("MessageDate"))),
+                             mail.GetMimeText());
+}

@@ -263,6 +263,12 @@ public:
     // stored as "-". False when it failed; Updated tells whether a row of the
     // identity was there.
     bool UpdateMessageStoreTrigger(const clsMessage &Message, bool *Updated = nullptr);
+    // Writes a stored message back to the queue to be run again: its
+    // headers and body as MIME text, marked "Postvane-Reprocess: 1" (and
+    // "Postvane-Spam: Yes" when Spam), without its former trigger; any queue
+    // row of its identity is replaced. The new RecordNo; 0 when the message
+    // is not there (in the folder, when one is given) or the queue refused.
+    qint64 SaveMessageToReprocess(const QString &FolderID, qint64 RecordNo, bool Spam = false);
     // A confirmed message waits again: Processed 0.
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry
