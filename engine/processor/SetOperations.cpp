@@ -155,7 +155,8 @@ SetOperations::Result SetOperations::Apply(int Operation, const QString &Current
     case 25:
         return {QString::fromLatin1(Value.toUtf8().toBase64()), QString()};
     case 26: {
-        const auto decoded = QByteArray::fromBase64Encoding(Value.trimmed().toLatin1());
+        const auto decoded = QByteArray::fromBase64Encoding(Value.trimmed().toLatin1(),
+                                                          QByteArray::AbortOnBase64DecodingErrors);
         if (!decoded)
             return {Current, QStringLiteral("the value is no Base 64 text")};
         return {QString::fromUtf8(*decoded), QString()};
