@@ -125,10 +125,8 @@ bool ProcessorRole::StoreBatch(Worker &Thread)
             return false;
         }
     }
-    if (!store.EndTransaction())
-        return false;
-
-    // The process logs follow the rows they belong to.
+    // The process logs are there before the rows are seen: a reader of a
+    // stored message finds its log.
     Thread.Events.BeginTransaction();
     QStringList roleLines;
     for (std::size_t n = 0; n < Thread.Messages.size(); ++n) {
@@ -143,6 +141,8 @@ bool ProcessorRole::StoreBatch(Worker &Thread)
         roleLines << lines;
     }
     Thread.Events.CommitTransaction();
+    if (!store.EndTransaction())
+        return false;
     Role.Log.AddLines(roleLines);
     return true;
 }
