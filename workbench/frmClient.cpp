@@ -694,6 +694,11 @@ void frmClient::OpenEditor(QWidget *Editor, const QString &Title, const QString 
         return;
     Editor->setProperty("RecordID", RecordID);
     Editor->setWindowTitle(Title);
+    // What the editor saved shows in the list once it has closed.
+    connect(Editor, &QObject::destroyed, this, [this] {
+        if (Global.Connected)
+            ExplorerBar->ExplorerBarRefresh();
+    });
     Editor->show();
 }
 
@@ -842,8 +847,7 @@ void frmClient::PasteTrigger()
     clsAccountTrigger *trigger = account->Triggers.Add(std::move(pasted));
     if (!trigger)
         return;
-    Remote().SendTrigger(*trigger);
-    const bool stored = Remote().LastCode == 0 && !Remote().ReplyText.contains(QStringLiteral("Error:"));
+    const bool stored = Remote().SendTrigger(*trigger);
     account = Accounts().Item(accountID);
     if (!stored && account)
         account->Triggers.Delete(triggerID);
