@@ -155,7 +155,15 @@ bool clsMessageStore::OpenSQLiteFiles()
     // read-only reader.
     return EnsureDatabaseFile(store, StoreFile, &LastError) && EnsureDatabaseFile(queue, QueueFile, &LastError)
         && OpenSQLite(m_store, store, false, &LastError) && OpenSQLite(m_reader, store, true, &LastError)
-        && OpenSQLite(m_queue, queue, false, &LastError) && EnsureQueueColumns();
+        && OpenQueue() && EnsureQueueColumns();
+}
+
+bool clsMessageStore::OpenQueue()
+{
+    if (!OpenSQLite(m_queue, Global.DataPath + QueueFile, false, &LastError))
+        return false;
+    return DurableQueueWrites
+        || Run(m_queue, QStringLiteral("PRAGMA synchronous=NORMAL"), QStringLiteral("OpenMessageStore")) >= 0;
 }
 
 bool clsMessageStore::OpenServer()
@@ -1153,6 +1161,36 @@ qint64 clsMessageStore::TakeEdgeQueueRow()
     }
 }
 
+std::optional<QSqlRecord> clsMessageStore::TakeEdgeQueueRecord()
+{
+    const QString routine = QStringLiteral("GetEdgeQueue");
+    const QString columns = QStringLiteral("RecordNo,AccountID,Source,UID,ValidateActionID,ValidateInputFieldsXML,Mime");
+    if (Dialect == 99) {
+        // One statement takes the oldest waiting row and returns it.
+        auto taken = Select(m_queue,
+                            QStringLiteral("UPDATE EdgeQueue SET Processed=1,TakenBy=") + Quote(EdgeQueueTaker())
+                                + QStringLiteral(" WHERE RecordNo=(SELECT RecordNo FROM EdgeQueue WHERE Processed=0 "
+                                                 "ORDER BY RecordNo LIMIT 1) AND Processed=0 RETURNING ")
+                                + columns,
+                            routine);
+        if (!taken)
+            return std::nullopt;
+        return taken->next() ? taken->record() : QSqlRecord();
+    }
+    const qint64 recordNo = TakeEdgeQueueRow();
+    if (recordNo < 0)
+        return std::nullopt;
+    if (recordNo == 0)
+        return QSqlRecord();
+    auto row = Select(QueueConnection(),
+                      QStringLiteral("SELECT ") + columns + QStringLiteral(" FROM EdgeQueue WHERE RecordNo=")
+                          + Number(recordNo),
+                      routine);
+    if (!row)
+        return std::nullopt;
+    return row->next() ? row->record() : QSqlRecord();
+}
+
 bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
 {
     const QString routine = QStringLiteral("GetEdgeQueue");
@@ -1160,33 +1198,25 @@ bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
         m_queueCalls = 0;
         clsRowSet::ForgetConnection(m_queue);
         CloseConnection(m_queue);
-        if (!OpenSQLite(m_queue, Global.DataPath + QueueFile, false, &LastError)) {
+        if (!OpenQueue()) {
             LogError(routine, LastError);
             return false;
         }
     }
-    const qint64 recordNo = TakeEdgeQueueRow();
-    if (recordNo <= 0)
+    const std::optional<QSqlRecord> row = TakeEdgeQueueRecord();
+    if (!row || row->isEmpty())
         return false;
-    auto row = Select(QueueConnection(),
-                      QStringLiteral("SELECT AccountID,Source,UID,ValidateActionID,ValidateInputFieldsXML,Mime FROM "
-                                     "EdgeQueue WHERE RecordNo=")
-                          + Number(recordNo),
-                      routine);
-    if (!row || !row->next())
-        return false;
-    Message.EdgeQueueRecordNo = qint32(recordNo);
-    Message.ValidateActionID = row->value(3).toString();
-    Message.ValidationInputFieldsXML = row->value(4).toString();
-    const QString mime = row->value(5).toString();
-    LoadMessageMime(Message, mime);
+    Message.EdgeQueueRecordNo = qint32(row->value(0).toLongLong());
+    Message.ValidateActionID = row->value(4).toString();
+    Message.ValidationInputFieldsXML = row->value(5).toString();
+    LoadMessageMime(Message, row->value(6).toString());
 
     const auto header = [&Message](const char *Name) {
         return Message.HeaderValue(QLatin1String(Name)).trimmed();
     };
     QString accountID = header("Postvane-AccountID");
     if (accountID.isEmpty())
-        accountID = row->value(0).toString();
+        accountID = row->value(1).toString();
     Message.Account = Accounts().Item(accountID);
     const QString triggerID = header("Postvane-TriggerID");
     if (Message.Account && !triggerID.isEmpty())
@@ -1194,10 +1224,10 @@ bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
     Message.UserID = header("Postvane-UserID");
     Message.Source = header("Postvane-Source");
     if (Message.Source.isEmpty())
-        Message.Source = row->value(1).toString();
+        Message.Source = row->value(2).toString();
     Message.MessageID = header("Postvane-UID");
     if (Message.MessageID.isEmpty())
-        Message.MessageID = row->value(2).toString();
+        Message.MessageID = row->value(3).toString();
     if (Message.MessageID.isEmpty())
         Message.MessageID = header("Message-Id");
     Message.REProcess = header("Postvane-Reprocess") == u"1";

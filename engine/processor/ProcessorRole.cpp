@@ -41,6 +41,7 @@ ProcessorRole::~ProcessorRole()
 void ProcessorRole::Run(int ThreadNumber)
 {
     Worker thread(m_load);
+    thread.Store.DurableQueueWrites = false;
     if (!thread.Store.OpenMessageStore()) {
         Role.LogKeptErrors();
         Role.Log.Add(QStringLiteral("* The message processor cannot open the message store: ") + thread.Store.LastError);
@@ -136,8 +137,10 @@ bool ProcessorRole::StoreBatch(Worker &Thread)
             lines << QStringLiteral("Stored in the message store as number %1").arg(stored.at(qsizetype(n)));
         const QString accountID = message.Account ? message.Account->AccountID : QString();
         const QString triggerID = message.Trigger() ? message.Trigger()->TriggerID : QString();
-        for (const QString &line : std::as_const(lines))
-            Thread.Events.AddRemoteEvent(line, QDateTime::currentDateTime(), accountID, triggerID, message.MessageID);
+        // One entry holds the message's lines, joined as the reader of a
+        // message's log joins entries.
+        Thread.Events.AddRemoteEvent(lines.join(u'\n'), QDateTime::currentDateTime(), accountID, triggerID,
+                                     message.MessageID);
         roleLines << lines;
     }
     Thread.Events.CommitTransaction();
