@@ -197,10 +197,14 @@ Figures RunProcessor(int Messages, int Threads)
     }
     const QString fragment = AccountFragment();
     InstructionCounter counter;
-    ProcessorRole processor([fragment] {
-        Accounts().setXML(fragment);
-        return Accounts().Count() == 1;
-    }, Threads);
+    ProcessorRole processor(
+        [fragment] {
+            return [fragment] {
+                Accounts().setXML(fragment);
+                return Accounts().Count() == 1;
+            };
+        },
+        Threads);
     QElapsedTimer timer;
     counter.Start();
     timer.start();
