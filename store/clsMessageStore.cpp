@@ -1404,3 +1404,59 @@ qint64 clsMessageStore::SaveMessageToReprocess(const QString &FolderID, qint64 R
     return AddEMLToEdgeQueue(accountID, source, uid, SafeDate(row.value(QStringLiteral("MessageDate"))),
                              mail.GetMimeText());
 }
+
+QStringList clsMessageStore::GetExpiredValidationMessage()
+{
+    const QString routine = QStringLiteral("GetExpiredValidationMessage");
+    struct Parked
+    {
+        qint64 RecordNo;
+        int Type;
+        QString AccountID, Source, UID, Mime;
+    };
+    QList<Parked> expired;
+    {
+        auto rows = Select(QueueConnection(),
+                           QStringLiteral("SELECT RecordNo,ValidateExpiresType,AccountID,Source,UID,Mime FROM EdgeQueue "
+                                          "WHERE Processed = 2 AND ValidateExpires < ")
+                               + DateTimeLiteral(QDateTime::currentDateTime()) + QStringLiteral(" ORDER BY RecordNo"),
+                           routine);
+        if (!rows)
+            return {};
+        while (rows->next())
+            expired << Parked{rows->value(0).toLongLong(), rows->value(1).toInt(), rows->value(2).toString(),
+                              rows->value(3).toString(), rows->value(4).toString(), rows->value(5).toString()};
+    }
+    QStringList lines;
+    for (const Parked &row : std::as_const(expired)) {
+        const QString number = Number(row.RecordNo);
+        clsAccount *account = Accounts().Item(row.AccountID);
+        if (!account) {
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired pending validation message of an account that no longer exists deleted ")
+                    + number;
+        } else if (row.Type == 1) {
+            ValidateEdgeQueueMessage(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message will now be processed ") + number;
+        } else if (row.Type == 0) {
+            // Loaded as the thread's current message, which header reading
+            // relies on; the message in hand comes back afterwards.
+            std::unique_ptr<clsMessage> inHand = ReplaceCurrentMessage(nullptr);
+            clsMessage &message = CurrentMessage();
+            LoadMessageMime(message, row.Mime);
+            message.Account = account;
+            message.Source = row.Source;
+            message.MessageID = row.UID;
+            const bool stored = IsStoredMessage(account->AccountID, row.Source, row.UID) || AddToMailStore(message) > 0;
+            ReplaceCurrentMessage(std::move(inHand));
+            if (!stored)
+                continue; // it stays parked and is tried again
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message added to Message Store ") + number;
+        } else {
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message deleted ") + number;
+        }
+    }
+    return lines;
+}

@@ -4,6 +4,7 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 #include <optional>
@@ -278,6 +279,12 @@ public:
     // row of its identity is replaced. The new RecordNo; 0 when the message
     // is not there (in the folder, when one is given) or the queue refused.
     qint64 SaveMessageToReprocess(const QString &FolderID, qint64 RecordNo, bool Spam = false);
+    // Settles the parked rows whose validation has expired, by their
+    // ValidateExpiresType: 0 stores the message as it is and deletes the row,
+    // 1 lets it be processed now, any other deletes it; a row of an account
+    // that no longer exists is deleted. The log line of each, ending in the
+    // row's number.
+    QStringList GetExpiredValidationMessage();
     // A confirmed message waits again: Processed 0.
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry
