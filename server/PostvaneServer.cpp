@@ -66,16 +66,12 @@ bool PostvaneServer::Start(const ServerOptions &Options)
     const QString configuration = ConfigurationFile();
     m_roles = std::make_unique<ServerRoles>(roles, [configuration] {
         // Each engine thread reads the configuration on a connection of its own.
-        thread_local std::unique_ptr<ConfigStore> store;
-        if (!store) {
-            store = std::make_unique<ConfigStore>();
-            if (!store->Open(configuration)) {
-                store.reset();
-                return false;
-            }
-        }
-        UserPasswords passwords;
-        return store->Load(passwords);
+        auto store = std::make_shared<ConfigStore>();
+        return [configuration, store, open = false]() mutable {
+            open = open || store->Open(configuration);
+            UserPasswords passwords;
+            return open && store->Load(passwords);
+        };
     });
     if (m_webRole && !StartWebService(Options))
         return false;

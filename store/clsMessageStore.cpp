@@ -155,7 +155,15 @@ bool clsMessageStore::OpenSQLiteFiles()
     // read-only reader.
     return EnsureDatabaseFile(store, StoreFile, &LastError) && EnsureDatabaseFile(queue, QueueFile, &LastError)
         && OpenSQLite(m_store, store, false, &LastError) && OpenSQLite(m_reader, store, true, &LastError)
-        && OpenSQLite(m_queue, queue, false, &LastError) && EnsureQueueColumns();
+        && OpenQueue() && EnsureQueueColumns();
+}
+
+bool clsMessageStore::OpenQueue()
+{
+    if (!OpenSQLite(m_queue, Global.DataPath + QueueFile, false, &LastError))
+        return false;
+    return DurableQueueWrites
+        || Run(m_queue, QStringLiteral("PRAGMA synchronous=NORMAL"), QStringLiteral("OpenMessageStore")) >= 0;
 }
 
 bool clsMessageStore::OpenServer()
@@ -1153,6 +1161,36 @@ qint64 clsMessageStore::TakeEdgeQueueRow()
     }
 }
 
+std::optional<QSqlRecord> clsMessageStore::TakeEdgeQueueRecord()
+{
+    const QString routine = QStringLiteral("GetEdgeQueue");
+    const QString columns = QStringLiteral("RecordNo,AccountID,Source,UID,ValidateActionID,ValidateInputFieldsXML,Mime");
+    if (Dialect == 99) {
+        // One statement takes the oldest waiting row and returns it.
+        auto taken = Select(m_queue,
+                            QStringLiteral("UPDATE EdgeQueue SET Processed=1,TakenBy=") + Quote(EdgeQueueTaker())
+                                + QStringLiteral(" WHERE RecordNo=(SELECT RecordNo FROM EdgeQueue WHERE Processed=0 "
+                                                 "ORDER BY RecordNo LIMIT 1) AND Processed=0 RETURNING ")
+                                + columns,
+                            routine);
+        if (!taken)
+            return std::nullopt;
+        return taken->next() ? taken->record() : QSqlRecord();
+    }
+    const qint64 recordNo = TakeEdgeQueueRow();
+    if (recordNo < 0)
+        return std::nullopt;
+    if (recordNo == 0)
+        return QSqlRecord();
+    auto row = Select(QueueConnection(),
+                      QStringLiteral("SELECT ") + columns + QStringLiteral(" FROM EdgeQueue WHERE RecordNo=")
+                          + Number(recordNo),
+                      routine);
+    if (!row)
+        return std::nullopt;
+    return row->next() ? row->record() : QSqlRecord();
+}
+
 bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
 {
     const QString routine = QStringLiteral("GetEdgeQueue");
@@ -1160,33 +1198,25 @@ bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
         m_queueCalls = 0;
         clsRowSet::ForgetConnection(m_queue);
         CloseConnection(m_queue);
-        if (!OpenSQLite(m_queue, Global.DataPath + QueueFile, false, &LastError)) {
+        if (!OpenQueue()) {
             LogError(routine, LastError);
             return false;
         }
     }
-    const qint64 recordNo = TakeEdgeQueueRow();
-    if (recordNo <= 0)
+    const std::optional<QSqlRecord> row = TakeEdgeQueueRecord();
+    if (!row || row->isEmpty())
         return false;
-    auto row = Select(QueueConnection(),
-                      QStringLiteral("SELECT AccountID,Source,UID,ValidateActionID,ValidateInputFieldsXML,Mime FROM "
-                                     "EdgeQueue WHERE RecordNo=")
-                          + Number(recordNo),
-                      routine);
-    if (!row || !row->next())
-        return false;
-    Message.EdgeQueueRecordNo = qint32(recordNo);
-    Message.ValidateActionID = row->value(3).toString();
-    Message.ValidationInputFieldsXML = row->value(4).toString();
-    const QString mime = row->value(5).toString();
-    LoadMessageMime(Message, mime);
+    Message.EdgeQueueRecordNo = qint32(row->value(0).toLongLong());
+    Message.ValidateActionID = row->value(4).toString();
+    Message.ValidationInputFieldsXML = row->value(5).toString();
+    LoadMessageMime(Message, row->value(6).toString());
 
     const auto header = [&Message](const char *Name) {
         return Message.HeaderValue(QLatin1String(Name)).trimmed();
     };
     QString accountID = header("Postvane-AccountID");
     if (accountID.isEmpty())
-        accountID = row->value(0).toString();
+        accountID = row->value(1).toString();
     Message.Account = Accounts().Item(accountID);
     const QString triggerID = header("Postvane-TriggerID");
     if (Message.Account && !triggerID.isEmpty())
@@ -1194,10 +1224,10 @@ bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
     Message.UserID = header("Postvane-UserID");
     Message.Source = header("Postvane-Source");
     if (Message.Source.isEmpty())
-        Message.Source = row->value(1).toString();
+        Message.Source = row->value(2).toString();
     Message.MessageID = header("Postvane-UID");
     if (Message.MessageID.isEmpty())
-        Message.MessageID = row->value(2).toString();
+        Message.MessageID = row->value(3).toString();
     if (Message.MessageID.isEmpty())
         Message.MessageID = header("Message-Id");
     Message.REProcess = header("Postvane-Reprocess") == u"1";
@@ -1373,4 +1403,60 @@ qint64 clsMessageStore::SaveMessageToReprocess(const QString &FolderID, qint64 R
         return 0;
     return AddEMLToEdgeQueue(accountID, source, uid, SafeDate(row.value(QStringLiteral("MessageDate"))),
                              mail.GetMimeText());
+}
+
+QStringList clsMessageStore::GetExpiredValidationMessage()
+{
+    const QString routine = QStringLiteral("GetExpiredValidationMessage");
+    struct Parked
+    {
+        qint64 RecordNo;
+        int Type;
+        QString AccountID, Source, UID, Mime;
+    };
+    QList<Parked> expired;
+    {
+        auto rows = Select(QueueConnection(),
+                           QStringLiteral("SELECT RecordNo,ValidateExpiresType,AccountID,Source,UID,Mime FROM EdgeQueue "
+                                          "WHERE Processed = 2 AND ValidateExpires < ")
+                               + DateTimeLiteral(QDateTime::currentDateTime()) + QStringLiteral(" ORDER BY RecordNo"),
+                           routine);
+        if (!rows)
+            return {};
+        while (rows->next())
+            expired << Parked{rows->value(0).toLongLong(), rows->value(1).toInt(), rows->value(2).toString(),
+                              rows->value(3).toString(), rows->value(4).toString(), rows->value(5).toString()};
+    }
+    QStringList lines;
+    for (const Parked &row : std::as_const(expired)) {
+        const QString number = Number(row.RecordNo);
+        clsAccount *account = Accounts().Item(row.AccountID);
+        if (!account) {
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired pending validation message of an account that no longer exists deleted ")
+                    + number;
+        } else if (row.Type == 1) {
+            ValidateEdgeQueueMessage(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message will now be processed ") + number;
+        } else if (row.Type == 0) {
+            // Loaded as the thread's current message, which header reading
+            // relies on; the message in hand comes back afterwards.
+            std::unique_ptr<clsMessage> inHand = ReplaceCurrentMessage(nullptr);
+            clsMessage &message = CurrentMessage();
+            LoadMessageMime(message, row.Mime);
+            message.Account = account;
+            message.Source = row.Source;
+            message.MessageID = row.UID;
+            const bool stored = IsStoredMessage(account->AccountID, row.Source, row.UID) || AddToMailStore(message) > 0;
+            ReplaceCurrentMessage(std::move(inHand));
+            if (!stored)
+                continue; // it stays parked and is tried again
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message added to Message Store ") + number;
+        } else {
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message deleted ") + number;
+        }
+    }
+    return lines;
 }

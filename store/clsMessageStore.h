@@ -2,7 +2,9 @@
 #include <QDate>
 #include <QDateTime>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 #include <optional>
@@ -212,6 +214,14 @@ public:
     // thread that opened the store: each worker thread of the engine opens a
     // clsMessageStore of its own and uses it alone.
 
+    // Whether a write to the queue is on disk before it returns (SQLite's
+    // full synchronous mode), as a reader of a source needs before it deletes
+    // the message at the source. The processor's writes to the queue (taking
+    // and releasing rows) need not be: a take lost to a power failure leaves
+    // the row waiting, a release lost leaves a taken row whose message is
+    // stored, which the next start releases. Set before opening.
+    bool DurableQueueWrites = true;
+
     // True when neither the store nor the queue (at any Processed) holds the
     // identity.
     bool IsNewMessage(const QString &AccountID, const QString &Source, const QString &UID);
@@ -269,6 +279,12 @@ public:
     // row of its identity is replaced. The new RecordNo; 0 when the message
     // is not there (in the folder, when one is given) or the queue refused.
     qint64 SaveMessageToReprocess(const QString &FolderID, qint64 RecordNo, bool Spam = false);
+    // Settles the parked rows whose validation has expired, by their
+    // ValidateExpiresType: 0 stores the message as it is and deletes the row,
+    // 1 lets it be processed now, any other deletes it; a row of an account
+    // that no longer exists is deleted. The log line of each, ending in the
+    // row's number.
+    QStringList GetExpiredValidationMessage();
     // A confirmed message waits again: Processed 0.
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry
@@ -298,8 +314,12 @@ private:
     qint64 AddRow(const QString &Table, const QVariantMap &Values, const QString &Routine);
     qint64 AddQueueRow(const QVariantMap &Values, const QString &Routine);
     bool EnsureQueueColumns();
+    bool OpenQueue();
     // The oldest waiting row, taken by this process; 0 when none waits, -1 on failure.
     qint64 TakeEdgeQueueRow();
+    // The columns the processor reads of the row it takes; an empty record
+    // when none waits, nullopt on failure.
+    std::optional<QSqlRecord> TakeEdgeQueueRecord();
     qint64 AddMessageRow(const clsMessage &Message);
 
     const QString m_store;

@@ -148,6 +148,49 @@ private slots:
         QCOMPARE(state(u"far"_s).toInt(), 1);
     }
 
+    void expiredValidationsAreSettledByTheirType()
+    {
+        StoreFixture f;
+        QVERIFY(f.Store.OpenMessageStore());
+        auto *account = Accounts().AddXML(u"<Account><AccountID>A1</AccountID></Account>"_s);
+        QVERIFY(account);
+        const QDateTime past = QDateTime::currentDateTime().addSecs(-60);
+        const QDateTime future = QDateTime::currentDateTime().addSecs(3600);
+        const auto park = [&](const QString &accountID, const QString &uid, int type, const QDateTime &expires) {
+            const qint64 row = f.Store.AddEMLToEdgeQueue(accountID, u"POP3"_s, uid, QDateTime::currentDateTime(),
+                                                         Mail, 2);
+            f.Store.ExecuteEQ(u"UPDATE EdgeQueue SET ValidateActionID='V1',ValidateExpiresType=%1 WHERE RecordNo=%2"_s
+                                  .arg(type)
+                                  .arg(row));
+            f.Store.ValidateRequired(row, u"V1"_s, expires, u"Confirm?"_s);
+            return row;
+        };
+        const qint64 store = park(u"A1"_s, u"store"_s, 0, past);
+        const qint64 run = park(u"A1"_s, u"run"_s, 1, past);
+        const qint64 drop = park(u"A1"_s, u"drop"_s, 2, past);
+        const qint64 orphan = park(u"GONE"_s, u"orphan"_s, 1, past);
+        const qint64 waiting = park(u"A1"_s, u"waiting"_s, 0, future);
+
+        const QStringList lines = f.Store.GetExpiredValidationMessage();
+        QCOMPARE(lines.size(), 4);
+        QVERIFY(lines.contains(u"Expired or rejected pending validation message added to Message Store %1"_s.arg(store)));
+        QVERIFY(lines.contains(u"Expired or rejected pending validation message will now be processed %1"_s.arg(run)));
+        QVERIFY(lines.contains(u"Expired or rejected pending validation message deleted %1"_s.arg(drop)));
+        QVERIFY(lines.last().endsWith(QString::number(orphan)));
+        const auto processed = [&](qint64 row) {
+            return StoreFixture::ValueOn(f.Store.QueueConnection(),
+                                         u"SELECT Processed FROM EdgeQueue WHERE RecordNo=%1"_s.arg(row));
+        };
+        QVERIFY(!processed(store).isValid());
+        QVERIFY(f.Store.IsStoredMessage(u"A1"_s, u"POP3"_s, u"store"_s));
+        QCOMPARE(processed(run).toInt(), 0);
+        QCOMPARE(f.Store.GetEdgeQueueUID(run), u"A1\tV1\trun"_s); // it keeps its action
+        QVERIFY(!processed(drop).isValid());
+        QVERIFY(!processed(orphan).isValid());
+        QCOMPARE(processed(waiting).toInt(), 2);
+        QVERIFY(f.Store.GetExpiredValidationMessage().isEmpty());
+    }
+
     void releasingABatchDeletesExactlyItsRows()
     {
         StoreFixture f;

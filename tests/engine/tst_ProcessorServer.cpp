@@ -5,6 +5,8 @@
 #include "actions/colActions.h"
 #include "e2e/ServerFixture.h"
 #include "foundation/GlobalBlock.h"
+#include "foundation/clsXML.h"
+#include "session/clsPushStream.h"
 #include "model/Condition.h"
 #include "model/clsAccount.h"
 #include "model/clsAccountTrigger.h"
@@ -226,6 +228,38 @@ private slots:
         QVERIFY(unknown.Text().startsWith(u"Error: "_s));
         QVERIFY(server.Post(u"runwith.xml?accountid=A1&triggerid=T9"_s, "text").Text().startsWith(u"Error: "_s));
         QVERIFY(server.Post(u"runwith.xml?accountid=A1"_s, "").Text().startsWith(u"Error: "_s));
+        QCOMPARE(server.Stop(), 0);
+    }
+
+    void processLogLinesReachTheMessageProcessorPaneOfASubscriber()
+    {
+        ServerFixture server;
+        QVERIFY2(StartWithAccount(server), qPrintable(server.Problem));
+        clsPushStream stream(u"Postvane"_s);
+        QList<clsPushStream::Block> blocks;
+        std::unique_ptr<QNetworkReply> subscription(server.Send(server.Url(u"subscribe.xml?nodename=test&text=3.0"_s)));
+        QObject::connect(subscription.get(), &QNetworkReply::readyRead,
+                         [&] { blocks += stream.Append(subscription->readAll()); });
+        const auto linesOf = [&](const QString &Source) {
+            QStringList lines;
+            for (const clsPushStream::Block &block : std::as_const(blocks)) {
+                QString source, log, message;
+                clsXML body(block.Body);
+                body.Extract(source, u"Source"_s);
+                body.Extract(log, u"Log"_s, true);
+                clsXML(log).Extract(message, u"Msg"_s);
+                if (block.Location == u"log.xml"_s && source == Source)
+                    lines << message;
+            }
+            return lines;
+        };
+        QVERIFY(Eventually([&] { return subscription->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() == 200; },
+                           10000));
+        QCOMPARE(server.Post(u"runwith.xml?accountid=A1&triggerid=T1"_s, "Name: Pat\r\nQty: 1").Text(), u"OK"_s);
+        QVERIFY(Eventually([&] { return linesOf(u"Message Server"_s).contains(u"Field Customer = Pat"_s); }, 20000));
+        QVERIFY(linesOf(u"Message Server"_s).contains(u"Test message queued by Admin for trigger New Order of account Orders"_s));
+        QVERIFY2(!linesOf(u"Server"_s).contains(u"Field Customer = Pat"_s), "the lines belong to the processor's pane");
+        subscription.reset();
         QCOMPARE(server.Stop(), 0);
     }
 
