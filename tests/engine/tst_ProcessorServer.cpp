@@ -351,6 +351,20 @@ private slots:
         QCOMPARE(server.Stop(), 0);
     }
 
+    void aStoppedServerFinishesWhatItHasInHand()
+    {
+        ServerFixture server;
+        QVERIFY2(StartWithAccount(server), qPrintable(server.Problem));
+        DataFolder data(server.DataPath());
+        QVERIFY(data.Queue(3000));
+        QVERIFY(Eventually([&] { return data.StoredCount() > 100; }));
+        QCOMPARE(server.Stop(), 0);
+        // Nothing is left taken: what was in hand is stored and released.
+        QCOMPARE(data.Queued(u"SELECT COUNT(*) FROM EdgeQueue WHERE Processed<>0"_s).toInt(), 0);
+        QCOMPARE(data.StoredCount() + data.QueueRows(), 3000);
+        QCOMPARE(data.DistinctStored(), data.StoredCount());
+    }
+
     void twoProcessorProcessesNeverTakeOneRow()
     {
         ServerFixture server;
