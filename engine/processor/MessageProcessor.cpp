@@ -205,6 +205,8 @@ QString MessageProcessor::MismatchReason(const clsAccountTrigger &Trigger, const
 clsAccountTrigger *MessageProcessor::RunTrigger(clsAccountTrigger &Trigger, clsMessage &Message)
 {
     Message.setTrigger(&Trigger);
+    if (!Trigger.SaveToFolderID.trimmed().isEmpty())
+        Message.FolderID = Trigger.SaveToFolderID.trimmed();
     const int errorsBefore = Message.ErrorCount;
     bool goOn = ExtractFields(Trigger, Message);
     if (goOn)
