@@ -10,6 +10,7 @@
 #include "foundation/Registry.h"
 #include "foundation/Startup.h"
 #include "foundation/TextHelpers.h"
+#include "foundation/clsXML.h"
 #include "model/GlobalCollections.h"
 #include "model/clsAccount.h"
 #include "model/clsAccountTrigger.h"
@@ -1459,4 +1460,149 @@ QStringList clsMessageStore::GetExpiredValidationMessage()
         }
     }
     return lines;
+}
+
+bool clsMessageStore::GetEdgeQueueNoTriggerAssigned(clsMessage &Message)
+{
+    const QString routine = QStringLiteral("GetEdgeQueueNoTriggerAssigned");
+    auto row = Select(QueueConnection(),
+                      SelectFirst(QStringLiteral("RecordNo,Mime"),
+                                  QStringLiteral("EdgeQueue WHERE Processed=99 ORDER BY RecordNo")),
+                      routine);
+    if (!row || !row->next())
+        return false;
+    Message.EdgeQueueRecordNo = qint32(row->value(0).toLongLong());
+    LoadMessageMime(Message, row->value(1).toString());
+    Message.Account = Accounts().Item(Message.HeaderValue(QStringLiteral("Postvane-AccountID")).trimmed());
+    Message.Source = Message.HeaderValue(QStringLiteral("Postvane-Source")).trimmed();
+    Message.MessageID = Message.HeaderValue(QStringLiteral("Postvane-UID")).trimmed();
+    return true;
+}
+
+bool clsMessageStore::AssignEdgeQueueTrigger(qint64 RecordNo, const QString &TriggerID)
+{
+    const QString routine = QStringLiteral("GetEdgeQueueNoTriggerAssigned");
+    const auto mime
+        = Scalar(QueueConnection(), QStringLiteral("SELECT Mime FROM EdgeQueue WHERE RecordNo=") + Number(RecordNo), routine);
+    if (!mime || !mime->isValid())
+        return false;
+    MimeMail mail;
+    mail.LoadMime(mime->toString());
+    mail.SetHeader(QStringLiteral("Postvane-TriggerID"), TriggerID);
+    return Run(QueueConnection(),
+               QStringLiteral("UPDATE EdgeQueue SET Mime=") + Quote(mail.GetMimeText())
+                   + QStringLiteral(",Processed=0 WHERE RecordNo=") + Number(RecordNo),
+               routine)
+        > 0;
+}
+
+qint64 clsMessageStore::CopyMessage(qint64 RecordNo, const QString &ToFolderID)
+{
+    const QString routine = QStringLiteral("CopyMessage");
+    QVariantMap values;
+    {
+        auto row = Select(m_store, QStringLiteral("SELECT * FROM MessageStore WHERE RecordNo=") + Number(RecordNo), routine);
+        if (!row || !row->next())
+            return 0;
+        const QSqlRecord record = row->record();
+        for (int n = 0; n < record.count(); ++n)
+            if (record.fieldName(n).compare(QStringLiteral("RecordNo"), Qt::CaseInsensitive) != 0)
+                values.insert(record.fieldName(n), record.value(n));
+    }
+    values.insert(QStringLiteral("FolderID"), StoredID(ToFolderID));
+    return qMax<qint64>(0, AddRow(QStringLiteral("MessageStore"), values, routine));
+}
+
+bool clsMessageStore::WriteMessageToFile(qint64 RecordNo, const QString &Path)
+{
+    auto row = Select(m_store, QStringLiteral("SELECT Headers,Body FROM MessageStore WHERE RecordNo=") + Number(RecordNo),
+                      QStringLiteral("WriteMessageToFile"));
+    if (!row || !row->next())
+        return false;
+    QFile file(Path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        LastError = file.errorString();
+        LogError(QStringLiteral("WriteMessageToFile"), LastError);
+        return false;
+    }
+    const QByteArray text
+        = (row->value(0).toString() + QStringLiteral("\r\n") + row->value(1).toString()).toUtf8();
+    return file.write(text) == text.size();
+}
+
+qint64 clsMessageStore::AddToPendingStore(const clsMessage &Message)
+{
+    return qMax<qint64>(0, AddRow(QStringLiteral("Pending"),
+                                  {{QStringLiteral("UID"), Message.MessageID},
+                                   {QStringLiteral("OrganizationID"), Message.OrganizationID()},
+                                   {QStringLiteral("AccountID"),
+                                    StoredID(Message.Account ? Message.Account->AccountID : QString())},
+                                   {QStringLiteral("TriggerID"),
+                                    StoredID(Message.Trigger() ? Message.Trigger()->TriggerID : QString())},
+                                   {QStringLiteral("Headers"), Message.MessageHeader()},
+                                   {QStringLiteral("Message"), Message.MessageText},
+                                   {QStringLiteral("DateAdded"), QDateTime::currentDateTime()},
+                                   {QStringLiteral("Source"), Message.Source}},
+                                  QStringLiteral("AddToPendingStore")));
+}
+
+qint64 clsMessageStore::AddEMLToPendingStore(const QString &AccountID, const QString &TriggerID, const QString &Source,
+                                             const QString &UID, const QString &Mime)
+{
+    const clsAccount *account = Accounts().Item(AccountID);
+    return qMax<qint64>(0, AddRow(QStringLiteral("Pending"),
+                                  {{QStringLiteral("UID"), UID},
+                                   {QStringLiteral("OrganizationID"), account ? account->OrganizationID : QString()},
+                                   {QStringLiteral("AccountID"), AccountID},
+                                   {QStringLiteral("TriggerID"), TriggerID},
+                                   {QStringLiteral("Message"), Mime},
+                                   {QStringLiteral("DateAdded"), QDateTime::currentDateTime()},
+                                   {QStringLiteral("Source"), Source}},
+                                  QStringLiteral("AddEMLToPendingStore")));
+}
+
+bool clsMessageStore::GetPendingMessage(clsMessage &Message)
+{
+    const QString routine = QStringLiteral("GetPendingMessage");
+    QSqlRecord row;
+    {
+        auto query = Select(m_store,
+                            SelectFirst(QStringLiteral("RecordNo,UID,AccountID,TriggerID,Source,Message"),
+                                        QStringLiteral("Pending ORDER BY DateAdded,RecordNo")),
+                            routine);
+        if (!query || !query->next())
+            return false;
+        row = query->record();
+    }
+    LoadMessageMime(Message, row.value(QStringLiteral("Message")).toString());
+    Message.MessageID = row.value(QStringLiteral("UID")).toString();
+    Message.Source = row.value(QStringLiteral("Source")).toString();
+    Message.Account = Accounts().Item(row.value(QStringLiteral("AccountID")).toString());
+    if (Message.Account)
+        Message.setTrigger(Message.Account->TriggerFromID(row.value(QStringLiteral("TriggerID")).toString()));
+    if (Message.Importance.isEmpty())
+        Message.Importance = QStringLiteral("NORMAL");
+    return Run(m_store,
+               QStringLiteral("DELETE FROM Pending WHERE RecordNo = ")
+                   + Number(row.value(QStringLiteral("RecordNo")).toLongLong()),
+               routine)
+        >= 0;
+}
+
+QString clsMessageStore::GetLastMessageDates()
+{
+    clsXML writer;
+    writer.XMLSectionStart(QStringLiteral("LastDates"));
+    for (const clsAccount *account : Accounts()) {
+        writer.XMLSectionStart(clsAccount::ClassName);
+        writer.Append(account->AccountID, QStringLiteral("AccountID"));
+        for (const char *source : {"IMAP", "POP3", "RSS"}) {
+            const QDateTime newest = GetLastMSGDate(account->AccountID, QLatin1String(source));
+            if (newest != NoDate())
+                writer.Append(newest, QLatin1String(source));
+        }
+        writer.XMLSectionEnd(clsAccount::ClassName);
+    }
+    writer.XMLSectionEnd(QStringLiteral("LastDates"));
+    return writer.GetXML();
 }

@@ -285,6 +285,30 @@ public:
     // that no longer exists is deleted. The log line of each, ending in the
     // row's number.
     QStringList GetExpiredValidationMessage();
+    // The oldest row received with no trigger assigned (Processed 99) into
+    // Message: its RecordNo and MIME text, and the account, Source and UID
+    // of its process headers. False when there is none.
+    bool GetEdgeQueueNoTriggerAssigned(clsMessage &Message);
+    // The trigger chosen for such a row goes into its MIME text as
+    // "Postvane-TriggerID", and the row waits to be processed.
+    bool AssignEdgeQueueTrigger(qint64 RecordNo, const QString &TriggerID);
+    // A copy of the stored message in another folder: every column but
+    // RecordNo. The copy's RecordNo; 0 when there is no such message.
+    qint64 CopyMessage(qint64 RecordNo, const QString &ToFolderID);
+    // The stored message's headers, CR LF and body, as a file.
+    bool WriteMessageToFile(qint64 RecordNo, const QString &Path);
+    // Pending messages: kept whole until their turn. The row's RecordNo; 0
+    // when it failed.
+    qint64 AddToPendingStore(const clsMessage &Message);
+    qint64 AddEMLToPendingStore(const QString &AccountID, const QString &TriggerID, const QString &Source,
+                                const QString &UID, const QString &Mime);
+    // The oldest pending message into Message (its importance "NORMAL" when
+    // it names none), its row removed. False when there is none.
+    bool GetPendingMessage(clsMessage &Message);
+    // "<LastDates>" with an "<Account>" per account: its AccountID and the
+    // newest message date in the store and the queue of its IMAP, POP3 and
+    // RSS sources, in the tags the accounts read them from.
+    QString GetLastMessageDates();
     // A confirmed message waits again: Processed 0.
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry

@@ -310,6 +310,34 @@ private slots:
         QCOMPARE(server.Stop(), 0);
     }
 
+    void anAccountWithAutoPauseIsDisabledByATriggerError()
+    {
+        ServerFixture server;
+        QVERIFY2(server.Start(), qPrintable(server.Problem));
+        clsAccount account;
+        account.AccountID = u"P1"_s;
+        account.Name = u"Pausing"_s;
+        account.Enabled = true;
+        account.AutoPause = true;
+        account.XMLIncludeTriggers = true;
+        auto trigger = std::make_unique<clsAccountTrigger>();
+        trigger->TriggerID = u"PT"_s;
+        trigger->ReceivedAfter = QDateTime(QDate(2020, 1, 1), QTime(0, 0));
+        trigger->ActionList().AddXML(u"<Class>Excel</Class><ID>X1</ID><Enabled>-1</Enabled>"_s);
+        account.Triggers.Add(std::move(trigger));
+        QCOMPARE(server.Post(u"postaccount.htm?accountid=P1"_s, account.XML().toUtf8()).Text(), u"OK"_s);
+        QVERIFY(server.Get(u"getaccount.xml?accountid=P1"_s).Text().contains(u"<Enabled>-1</Enabled>"_s));
+        QCOMPARE(server.Post(u"runwith.xml?accountid=P1&triggerid=PT"_s, "anything").Text(), u"OK"_s);
+        QVERIFY(Eventually([&] {
+            return !server.Get(u"getaccount.xml?accountid=P1"_s).Text().contains(u"<Enabled>-1</Enabled>"_s);
+        }, 20000));
+        // The pause is stored: it outlasts a restart.
+        QCOMPARE(server.Stop(), 0);
+        QVERIFY2(server.Start(), qPrintable(server.Problem));
+        QVERIFY(!server.Get(u"getaccount.xml?accountid=P1"_s).Text().contains(u"<Enabled>-1</Enabled>"_s));
+        QCOMPARE(server.Stop(), 0);
+    }
+
     void aThousandQueuedMessagesAreEachStoredOnce()
     {
         ServerFixture server;
@@ -349,6 +377,20 @@ private slots:
         QCOMPARE(data.DistinctStored(), Count);
         QCOMPARE(data.Stored(u"SELECT COUNT(*) FROM MessageStore WHERE UID BETWEEN 'u0' AND 'u9999'"_s).toInt(), Count);
         QCOMPARE(server.Stop(), 0);
+    }
+
+    void aStoppedServerFinishesWhatItHasInHand()
+    {
+        ServerFixture server;
+        QVERIFY2(StartWithAccount(server), qPrintable(server.Problem));
+        DataFolder data(server.DataPath());
+        QVERIFY(data.Queue(3000));
+        QVERIFY(Eventually([&] { return data.StoredCount() > 100; }));
+        QCOMPARE(server.Stop(), 0);
+        // Nothing is left taken: what was in hand is stored and released.
+        QCOMPARE(data.Queued(u"SELECT COUNT(*) FROM EdgeQueue WHERE Processed<>0"_s).toInt(), 0);
+        QCOMPARE(data.StoredCount() + data.QueueRows(), 3000);
+        QCOMPARE(data.DistinctStored(), data.StoredCount());
     }
 
     void twoProcessorProcessesNeverTakeOneRow()
