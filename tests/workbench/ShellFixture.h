@@ -7,6 +7,7 @@
 #include "session/frmRemote.h"
 
 #include <QTest>
+#include <QWidget>
 #include <memory>
 
 // A real server holding two organizations, three users besides Admin and an
@@ -171,6 +172,14 @@ inline bool Fill(ServerFixture &Server)
             return false;
     }
     return true;
+}
+
+// Set POSTVANE_SCREENSHOTS to a folder to keep a picture of a window there.
+inline void Picture(QWidget *Window, const QString &Name)
+{
+    const QString folder = qEnvironmentVariable("POSTVANE_SCREENSHOTS");
+    if (!folder.isEmpty())
+        Window->grab().save(folder + u'/' + Name + QStringLiteral(".png"));
 }
 
 // The console's session on the server as Admin: true when it logged on.
