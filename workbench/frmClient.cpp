@@ -221,6 +221,10 @@ void frmClient::CreateAccountsTab()
                       QStyle::SP_FileDialogContentsView, false);
     ribbon.AddCommand(store, ID_VIEWMYMESSAGES, QStringLiteral("View My Messages"), QString(), QStyle::SP_DirHomeIcon, false);
     ribbon.AddCommand(store, ID_VIEWDASHBOARD, QStringLiteral("View Dashboard"), QString(), QStyle::SP_ComputerIcon, false);
+    auto *deploy = new QAction(QStringLiteral("Deploy To"), this);
+    deploy->setData(ID_DEPLOYTO);
+    ribbon.AddMenuCommand(deploy);
+    SelectionCommands << deploy;
     Command(ID_DELETE)->setShortcut(QKeySequence::Delete);
     Command(ID_DELETE)->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     Command(ID_COPYTRIGGER)->setShortcut(QKeySequence::Copy);
@@ -352,6 +356,12 @@ void frmClient::ConnectCommands()
         {ID_COPYTRIGGER, [this] { CopyTrigger(); }},
         {ID_PASTETRIGGER, [this] { PasteTrigger(); }},
         {ID_ADDUSER, [this] { ShowUser(nullptr); }},
+        {ID_DEPLOYTO, [this] {
+             if (QDialog *dialog = MakeDeployDialog(List->CurrentAccountID, this)) {
+                 dialog->exec();
+                 delete dialog;
+             }
+         }},
         {ID_EDITUSER, [this] { ShowUser(Users().Item(List->CurrentUserID)); }},
         {ID_DELETEUSER, [this] { ExplorerBar->DeleteUser(); }},
         {ID_VIEWICONS, [this] { List->SetView(frmList::ViewIcons); }},
@@ -466,7 +476,7 @@ void frmClient::ShowListMenu(const QPoint &Position)
         open->setEnabled(!List->SelectedKey().isEmpty() && Global.Connected);
         connect(open, &QAction::triggered, this, [this] { emit List->Opened(List->SelectedKey()); });
         for (int id : {ID_PROPERTIES, ID_ADDACCOUNT, ID_ADDTRIGGER, ID_VIEWPROCESSED, ID_VIEWSCHEDULED, ID_COPYTRIGGER,
-                       ID_PASTETRIGGER, ID_DELETE, ID_ENABLE, ID_DISABLE, ID_RUNWITH})
+                       ID_PASTETRIGGER, ID_DELETE, ID_ENABLE, ID_DISABLE, ID_RUNWITH, ID_DEPLOYTO})
             menu.addAction(Command(id));
     }
     menu.exec(Position);
@@ -672,6 +682,7 @@ void frmClient::UpdateCommands()
     Command(ID_ADDUSER)->setEnabled(connected && MakeUserEditor);
     Command(ID_EDITUSER)->setEnabled(connected && kind == u'U' && MakeUserEditor);
     Command(ID_DELETEUSER)->setEnabled(connected && kind == u'U');
+    Command(ID_DEPLOYTO)->setEnabled(connected && kind == u'A' && MakeDeployDialog);
     Command(ID_UPLEVEL)->setEnabled(connected && List && List->Level != frmList::LevelAccounts);
 }
 

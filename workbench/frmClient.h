@@ -7,6 +7,7 @@
 #include <functional>
 
 class QAction;
+class QDialog;
 class QDockWidget;
 class QFrame;
 class QLabel;
@@ -42,7 +43,7 @@ public:
         ID_PENDINGMESSAGES = 300, ID_RECENTLYSENT, ID_RECENTLYFAILED, ID_MAILSERVERLOG, ID_POP3USERS, ID_IMAPUSERS,
         ID_OPTIONS, ID_PRINT, ID_VIEWICONS, ID_VIEWLIST, ID_VIEWREPORT, ID_REFRESH, ID_CHECKNOW, ID_CLEARSTORE,
         ID_HELPTOPICS = 400, ID_SUPPORTFORUM, ID_LIVECHAT, ID_SUPPORTTICKET, ID_TRAINING,
-        ID_MINIMIZERIBBON = 500, ID_EXPANDRIBBON, ID_RIGHTTOLEFT, ID_HELP,
+        ID_MINIMIZERIBBON = 500, ID_EXPANDRIBBON, ID_RIGHTTOLEFT, ID_HELP, ID_DEPLOYTO,
         ID_THEME = 510,     // + the position in Themes()
         ID_FONTSIZE = 520,  // + the position in FontSizes()
     };
@@ -56,6 +57,8 @@ public:
     static inline std::function<QWidget *(clsAccount *Account)> MakeAccountEditor;
     static inline std::function<QWidget *(clsAccount *Account, clsAccountTrigger *Trigger)> MakeTriggerEditor;
     static inline std::function<QWidget *(clsUser *User)> MakeUserEditor;
+    // The deployment dialog of an account, run modal by "Deploy To".
+    static inline std::function<QDialog *(const QString &AccountID, QWidget *Parent)> MakeDeployDialog;
 
     // CommandLineServer goes to the login dialog.
     explicit frmClient(const QString &CommandLineServer = QString(), QWidget *parent = nullptr);

@@ -187,6 +187,7 @@ inline bool LogOn(const ServerFixture &Server)
 {
     Global.ServerName = QStringLiteral("127.0.0.1");
     Global.ServerURL = QStringLiteral("https://127.0.0.1:%1/").arg(Server.Port);
+    Global.ServerPort = Server.Port;
     Global.UserName = QStringLiteral("Admin");
     Global.Password.clear();
     Global.PasswordHash = MD5Hash(QString());
