@@ -180,6 +180,7 @@ void frmClient::CreateCommandBar()
     CreateUsersTab();
     CreateServiceTab();
     CreateHelpTab();
+    CreateContextualTabs();
     CreateSystemMenu();
     CommandBar->setCurrentIndex(0);
     connect(CommandBar, &QTabWidget::currentChanged, this, [this](int tab) {
@@ -293,6 +294,43 @@ void frmClient::CreateHelpTab()
     ribbon.AddCommand(help, ID_SUPPORTTICKET, QStringLiteral("Submit Support Ticket"), QString(), QStyle::SP_FileIcon);
     ribbon.AddCommand(help, ID_TRAINING, QStringLiteral("Training && Professional Services"), QString(),
                       QStyle::SP_DesktopIcon);
+}
+
+void frmClient::CreateContextualTabs()
+{
+    RibbonBar &ribbon = *CommandBar;
+    AccountSettingsTab = ribbon.AddTab(QStringLiteral("Account Settings"));
+    QGroupBox *source = ribbon.AddGroup(AccountSettingsTab, QStringLiteral("Message Source"));
+    int id = ID_GETVIAEMAIL;
+    for (const char *caption : {"Get Via Email", "Receive Via SMTP", "File Pickup", "CSV or Excel File Pickup",
+                                "Database Pull", "Web Page Lookup", "RSS Lookup", "Twitter Feed", "Network Users"})
+        ribbon.AddCommand(source, id++, QString::fromLatin1(caption), QString(), QStyle::SP_DirIcon, false)->setCheckable(true);
+    QGroupBox *account = ribbon.AddGroup(AccountSettingsTab, QStringLiteral("Account"));
+    ribbon.AddCommand(account, ID_ACCOUNTSAVE, QStringLiteral("Save"), QString(), QStyle::SP_DialogSaveButton);
+    ribbon.AddCommand(account, ID_ACCOUNTCANCEL, QStringLiteral("Cancel"), QString(), QStyle::SP_DialogCancelButton);
+
+    TriggerSettingsTab = ribbon.AddTab(QStringLiteral("Trigger Settings"));
+    QGroupBox *pages = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Trigger"));
+    id = ID_TRIGGERCONDITIONS;
+    for (const char *caption : {"Trigger Conditions", "Extracted Fields", "Trigger Actions", "Schedule", "Save To", "Notes"})
+        ribbon.AddCommand(pages, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileDialogDetailedView, false)
+            ->setCheckable(true);
+    QGroupBox *fields = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Extracted Fields"));
+    for (const char *caption : {"Add Field", "Edit Field", "Add Lookup Field", "Delete Field", "Move Up", "Move Down"})
+        ribbon.AddCommand(fields, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileIcon, false);
+    QGroupBox *actions = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Trigger Actions"));
+    for (const char *caption : {"Edit Action", "Delete Action", "Move Up", "Move Down"})
+        ribbon.AddCommand(actions, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileIcon, false);
+    QGroupBox *trigger = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Save"));
+    ribbon.AddCommand(trigger, ID_TRIGGERSAVE, QStringLiteral("Save"), QString(), QStyle::SP_DialogSaveButton);
+    ribbon.AddCommand(trigger, ID_TRIGGERCANCEL, QStringLiteral("Cancel"), QString(), QStyle::SP_DialogCancelButton);
+    ShowContextualTab(nullptr);
+}
+
+void frmClient::ShowContextualTab(QWidget *Tab)
+{
+    CommandBar->SetTabShown(AccountSettingsTab, Tab == AccountSettingsTab);
+    CommandBar->SetTabShown(TriggerSettingsTab, Tab == TriggerSettingsTab);
 }
 
 void frmClient::CreateSystemMenu()
