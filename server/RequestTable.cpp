@@ -53,5 +53,6 @@ RequestTable BuildRequestTable()
     AddMessageRequests(table);
     AddLogRequests(table);
     AddProcessorRequests(table);
+    AddDeployRequests(table);
     return table;
 }

@@ -80,6 +80,7 @@ void AddAccountRequests(RequestTable &Table);
 void AddMessageRequests(RequestTable &Table);
 void AddLogRequests(RequestTable &Table);
 void AddProcessorRequests(RequestTable &Table);
+void AddDeployRequests(RequestTable &Table);
 
 // The table of every family.
 RequestTable BuildRequestTable();

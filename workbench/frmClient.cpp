@@ -180,6 +180,7 @@ void frmClient::CreateCommandBar()
     CreateUsersTab();
     CreateServiceTab();
     CreateHelpTab();
+    CreateContextualTabs();
     CreateSystemMenu();
     CommandBar->setCurrentIndex(0);
     connect(CommandBar, &QTabWidget::currentChanged, this, [this](int tab) {
@@ -221,6 +222,10 @@ void frmClient::CreateAccountsTab()
                       QStyle::SP_FileDialogContentsView, false);
     ribbon.AddCommand(store, ID_VIEWMYMESSAGES, QStringLiteral("View My Messages"), QString(), QStyle::SP_DirHomeIcon, false);
     ribbon.AddCommand(store, ID_VIEWDASHBOARD, QStringLiteral("View Dashboard"), QString(), QStyle::SP_ComputerIcon, false);
+    auto *deploy = new QAction(QStringLiteral("Deploy To"), this);
+    deploy->setData(ID_DEPLOYTO);
+    ribbon.AddMenuCommand(deploy);
+    SelectionCommands << deploy;
     Command(ID_DELETE)->setShortcut(QKeySequence::Delete);
     Command(ID_DELETE)->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     Command(ID_COPYTRIGGER)->setShortcut(QKeySequence::Copy);
@@ -291,6 +296,43 @@ void frmClient::CreateHelpTab()
                       QStyle::SP_DesktopIcon);
 }
 
+void frmClient::CreateContextualTabs()
+{
+    RibbonBar &ribbon = *CommandBar;
+    AccountSettingsTab = ribbon.AddTab(QStringLiteral("Account Settings"));
+    QGroupBox *source = ribbon.AddGroup(AccountSettingsTab, QStringLiteral("Message Source"));
+    int id = ID_GETVIAEMAIL;
+    for (const char *caption : {"Get Via Email", "Receive Via SMTP", "File Pickup", "CSV or Excel File Pickup",
+                                "Database Pull", "Web Page Lookup", "RSS Lookup", "Twitter Feed", "Network Users"})
+        ribbon.AddCommand(source, id++, QString::fromLatin1(caption), QString(), QStyle::SP_DirIcon, false)->setCheckable(true);
+    QGroupBox *account = ribbon.AddGroup(AccountSettingsTab, QStringLiteral("Account"));
+    ribbon.AddCommand(account, ID_ACCOUNTSAVE, QStringLiteral("Save"), QString(), QStyle::SP_DialogSaveButton);
+    ribbon.AddCommand(account, ID_ACCOUNTCANCEL, QStringLiteral("Cancel"), QString(), QStyle::SP_DialogCancelButton);
+
+    TriggerSettingsTab = ribbon.AddTab(QStringLiteral("Trigger Settings"));
+    QGroupBox *pages = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Trigger"));
+    id = ID_TRIGGERCONDITIONS;
+    for (const char *caption : {"Trigger Conditions", "Extracted Fields", "Trigger Actions", "Schedule", "Save To", "Notes"})
+        ribbon.AddCommand(pages, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileDialogDetailedView, false)
+            ->setCheckable(true);
+    QGroupBox *fields = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Extracted Fields"));
+    for (const char *caption : {"Add Field", "Edit Field", "Add Lookup Field", "Delete Field", "Move Up", "Move Down"})
+        ribbon.AddCommand(fields, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileIcon, false);
+    QGroupBox *actions = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Trigger Actions"));
+    for (const char *caption : {"Edit Action", "Delete Action", "Move Up", "Move Down"})
+        ribbon.AddCommand(actions, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileIcon, false);
+    QGroupBox *trigger = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Save"));
+    ribbon.AddCommand(trigger, ID_TRIGGERSAVE, QStringLiteral("Save"), QString(), QStyle::SP_DialogSaveButton);
+    ribbon.AddCommand(trigger, ID_TRIGGERCANCEL, QStringLiteral("Cancel"), QString(), QStyle::SP_DialogCancelButton);
+    ShowContextualTab(nullptr);
+}
+
+void frmClient::ShowContextualTab(QWidget *Tab)
+{
+    CommandBar->SetTabShown(AccountSettingsTab, Tab == AccountSettingsTab);
+    CommandBar->SetTabShown(TriggerSettingsTab, Tab == TriggerSettingsTab);
+}
+
 void frmClient::CreateSystemMenu()
 {
     RibbonBar &ribbon = *CommandBar;
@@ -352,6 +394,12 @@ void frmClient::ConnectCommands()
         {ID_COPYTRIGGER, [this] { CopyTrigger(); }},
         {ID_PASTETRIGGER, [this] { PasteTrigger(); }},
         {ID_ADDUSER, [this] { ShowUser(nullptr); }},
+        {ID_DEPLOYTO, [this] {
+             if (QDialog *dialog = MakeDeployDialog(List->CurrentAccountID, this)) {
+                 dialog->exec();
+                 delete dialog;
+             }
+         }},
         {ID_EDITUSER, [this] { ShowUser(Users().Item(List->CurrentUserID)); }},
         {ID_DELETEUSER, [this] { ExplorerBar->DeleteUser(); }},
         {ID_VIEWICONS, [this] { List->SetView(frmList::ViewIcons); }},
@@ -466,7 +514,7 @@ void frmClient::ShowListMenu(const QPoint &Position)
         open->setEnabled(!List->SelectedKey().isEmpty() && Global.Connected);
         connect(open, &QAction::triggered, this, [this] { emit List->Opened(List->SelectedKey()); });
         for (int id : {ID_PROPERTIES, ID_ADDACCOUNT, ID_ADDTRIGGER, ID_VIEWPROCESSED, ID_VIEWSCHEDULED, ID_COPYTRIGGER,
-                       ID_PASTETRIGGER, ID_DELETE, ID_ENABLE, ID_DISABLE, ID_RUNWITH})
+                       ID_PASTETRIGGER, ID_DELETE, ID_ENABLE, ID_DISABLE, ID_RUNWITH, ID_DEPLOYTO})
             menu.addAction(Command(id));
     }
     menu.exec(Position);
@@ -672,6 +720,7 @@ void frmClient::UpdateCommands()
     Command(ID_ADDUSER)->setEnabled(connected && MakeUserEditor);
     Command(ID_EDITUSER)->setEnabled(connected && kind == u'U' && MakeUserEditor);
     Command(ID_DELETEUSER)->setEnabled(connected && kind == u'U');
+    Command(ID_DEPLOYTO)->setEnabled(connected && kind == u'A' && MakeDeployDialog);
     Command(ID_UPLEVEL)->setEnabled(connected && List && List->Level != frmList::LevelAccounts);
 }
 

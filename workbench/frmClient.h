@@ -7,6 +7,7 @@
 #include <functional>
 
 class QAction;
+class QDialog;
 class QDockWidget;
 class QFrame;
 class QLabel;
@@ -42,7 +43,13 @@ public:
         ID_PENDINGMESSAGES = 300, ID_RECENTLYSENT, ID_RECENTLYFAILED, ID_MAILSERVERLOG, ID_POP3USERS, ID_IMAPUSERS,
         ID_OPTIONS, ID_PRINT, ID_VIEWICONS, ID_VIEWLIST, ID_VIEWREPORT, ID_REFRESH, ID_CHECKNOW, ID_CLEARSTORE,
         ID_HELPTOPICS = 400, ID_SUPPORTFORUM, ID_LIVECHAT, ID_SUPPORTTICKET, ID_TRAINING,
-        ID_MINIMIZERIBBON = 500, ID_EXPANDRIBBON, ID_RIGHTTOLEFT, ID_HELP,
+        // The contextual tabs: the account and trigger editors act on these.
+        ID_GETVIAEMAIL = 600, ID_RECEIVEVIASMTP, ID_FILEPICKUP, ID_CSVPICKUP, ID_DATABASEPULL, ID_WEBPAGELOOKUP,
+        ID_RSSLOOKUP, ID_TWITTERFEED, ID_NETWORKUSERS, ID_ACCOUNTSAVE, ID_ACCOUNTCANCEL,
+        ID_TRIGGERCONDITIONS = 620, ID_EXTRACTEDFIELDS, ID_TRIGGERACTIONS, ID_SCHEDULE, ID_SAVETO, ID_NOTES,
+        ID_ADDFIELD, ID_EDITFIELD, ID_ADDLOOKUPFIELD, ID_DELETEFIELD, ID_FIELDUP, ID_FIELDDOWN, ID_EDITACTION,
+        ID_DELETEACTION, ID_ACTIONUP, ID_ACTIONDOWN, ID_TRIGGERSAVE, ID_TRIGGERCANCEL,
+        ID_MINIMIZERIBBON = 500, ID_EXPANDRIBBON, ID_RIGHTTOLEFT, ID_HELP, ID_DEPLOYTO,
         ID_THEME = 510,     // + the position in Themes()
         ID_FONTSIZE = 520,  // + the position in FontSizes()
     };
@@ -56,6 +63,8 @@ public:
     static inline std::function<QWidget *(clsAccount *Account)> MakeAccountEditor;
     static inline std::function<QWidget *(clsAccount *Account, clsAccountTrigger *Trigger)> MakeTriggerEditor;
     static inline std::function<QWidget *(clsUser *User)> MakeUserEditor;
+    // The deployment dialog of an account, run modal by "Deploy To".
+    static inline std::function<QDialog *(const QString &AccountID, QWidget *Parent)> MakeDeployDialog;
 
     // CommandLineServer goes to the login dialog.
     explicit frmClient(const QString &CommandLineServer = QString(), QWidget *parent = nullptr);
@@ -67,6 +76,9 @@ public:
     frmService *LogPaneOutgoing = nullptr;
     QList<QDockWidget *> Panes;
     RibbonBar *CommandBar = nullptr;
+    // Contextual tabs, shown while the account or trigger editor has the focus.
+    QWidget *AccountSettingsTab = nullptr;
+    QWidget *TriggerSettingsTab = nullptr;
     frmList *List = nullptr;
     frmExplorerBar *ExplorerBar = nullptr;
     // Commands that need the server: greyed while not connected.
@@ -86,6 +98,8 @@ public:
     QAction *Command(int ID) const;
     void StatusText(const QString &Text);
     void ToolBarConnected(bool Connected);
+    // Shows the contextual tab of an editor (nullptr hides both).
+    void ShowContextualTab(QWidget *Tab);
     // Enables the selection commands by what the list has selected.
     void UpdateCommands();
     // Raises an open editor of the record, or fetches it and opens one.
@@ -132,6 +146,7 @@ private:
     void CreateUsersTab();
     void CreateServiceTab();
     void CreateHelpTab();
+    void CreateContextualTabs();
     void CreateSystemMenu();
     void ConnectCommands();
     void CreateNavigator();

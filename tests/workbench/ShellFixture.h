@@ -7,6 +7,7 @@
 #include "session/frmRemote.h"
 
 #include <QTest>
+#include <QWidget>
 #include <memory>
 
 // A real server holding two organizations, three users besides Admin and an
@@ -173,11 +174,20 @@ inline bool Fill(ServerFixture &Server)
     return true;
 }
 
+// Set POSTVANE_SCREENSHOTS to a folder to keep a picture of a window there.
+inline void Picture(QWidget *Window, const QString &Name)
+{
+    const QString folder = qEnvironmentVariable("POSTVANE_SCREENSHOTS");
+    if (!folder.isEmpty())
+        Window->grab().save(folder + u'/' + Name + QStringLiteral(".png"));
+}
+
 // The console's session on the server as Admin: true when it logged on.
 inline bool LogOn(const ServerFixture &Server)
 {
     Global.ServerName = QStringLiteral("127.0.0.1");
     Global.ServerURL = QStringLiteral("https://127.0.0.1:%1/").arg(Server.Port);
+    Global.ServerPort = Server.Port;
     Global.UserName = QStringLiteral("Admin");
     Global.Password.clear();
     Global.PasswordHash = MD5Hash(QString());

@@ -92,6 +92,8 @@ private slots:
         frmFolder year(nullptr);
         year.txtName->setText(QStringLiteral("2024"));
         QVERIFY(year.SelectParent(QStringLiteral("P") + invoicesID));
+        year.show();
+        Picture(&year, QStringLiteral("folder"));
         QVERIFY(year.Save());
         QCOMPARE(FolderNamed(QStringLiteral("2024"))->Parent, invoicesID);
         // The server's own list agrees.
@@ -116,6 +118,8 @@ private slots:
         QVERIFY(node);
         Node(editor.FolderTree, QStringLiteral("All Folders"))->setCheckState(0, Qt::Unchecked);
         node->setCheckState(0, Qt::Checked);
+        editor.show();
+        Picture(&editor, QStringLiteral("user"));
         QVERIFY(editor.Save());
 
         const auto saved = ServerUser(editor.Edited.ID);
@@ -210,6 +214,8 @@ private slots:
                                        {QString(), QStringLiteral("lost")},
                                        {QStringLiteral(" Port "), QStringLiteral("993")}});
         QCOMPARE(editor.GridConstantsText(), QStringLiteral("Host=imap.gamma.test\tPort=993\t"));
+        editor.show();
+        Picture(&editor, QStringLiteral("organization"));
         QVERIFY(editor.Save());
         colOrganization onServer;
         onServer.setXML(server.Get(Requests::GetOrganizations()).Text());

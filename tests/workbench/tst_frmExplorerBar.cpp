@@ -35,13 +35,7 @@ class tst_frmExplorerBar : public QObject
     }
     void Select(const QString &Key) { QVERIFY2(List().SelectKey(Key), qPrintable(Key)); }
     void Trigger(int ID) { client->Command(ID)->trigger(); }
-    // Set POSTVANE_SCREENSHOTS to a folder to keep a picture of the window.
-    void Picture(const QString &Name)
-    {
-        const QString folder = qEnvironmentVariable("POSTVANE_SCREENSHOTS");
-        if (!folder.isEmpty())
-            client->grab().save(folder + u'/' + Name + QStringLiteral(".png"));
-    }
+    void Picture(const QString &Name) { ShellFixture::Picture(client.get(), Name); }
 
 private slots:
     void initTestCase()
