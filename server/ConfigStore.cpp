@@ -151,8 +151,12 @@ bool ConfigStore::Write(const std::function<bool()> &Work)
         LastError = db.lastError().text();
         return false;
     }
-    if (Work() && db.commit())
+    if (Work() && db.commit()) {
+        // The handler changes the collections in memory next, in this turn
+        // of the event loop, before any engine thread can ask for a copy.
+        CountConfigurationChange();
         return true;
+    }
     if (LastError.isEmpty())
         LastError = db.lastError().text();
     db.rollback();

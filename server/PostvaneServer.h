@@ -5,9 +5,11 @@
 
 #include <QLockFile>
 #include <QString>
+#include <QStringList>
 #include <memory>
 
 class ServerLog;
+class ServerRoles;
 class clsMessageStore;
 class WebService;
 struct ServerServices;
@@ -18,6 +20,7 @@ struct ServerOptions
     int Port = -1;      // -1: WebAccessPort; 0: any free port
     QString BindTo;     // empty: WebAccessBindTo, or every address
     bool CreateOnly = false; // make the data folder and its databases, then end
+    QStringList Roles;       // what the process plays (ServerRoles); empty: every role
 };
 
 // The server process: its data folder, configuration, log, push channel and
@@ -27,6 +30,10 @@ struct ServerOptions
 // configuration database with the organization "Default" and the user
 // "Admin" (a system administrator with the empty password), and the
 // self-signed certificate.
+//
+// Beside the web service it runs the engine's roles (ServerRoles); without
+// the web role it serves nothing and leaves the data folder's lock to the
+// process that does.
 class PostvaneServer
 {
 public:
@@ -47,6 +54,9 @@ private:
     bool CreateFirstRunRecords();
     bool CloseCreatedStore();
     bool StartWebService(const ServerOptions &Options);
+    void StartRoles();
+    QString ConfigurationFile() const;
+    void PauseAccount(const QString &AccountID, const QString &Reason);
 
     std::unique_ptr<QLockFile> m_lock;
     std::unique_ptr<ServerLog> m_log;
@@ -56,5 +66,7 @@ private:
     std::unique_ptr<clsMessageStore> m_messages;
     std::unique_ptr<ServerServices> m_services;
     std::unique_ptr<WebService> m_web;
+    std::unique_ptr<ServerRoles> m_roles;
+    bool m_webRole = true;
     bool m_running = false;
 };

@@ -4,6 +4,7 @@ class ConfigStore;
 class clsMessageStore;
 class PushChannel;
 class ServerLog;
+class ServerRoles;
 class UserPasswords;
 
 // The server's long-lived parts that request handlers work with.
@@ -14,4 +15,6 @@ struct ServerServices
     ServerLog &Log;
     PushChannel &Push;
     clsMessageStore &MessageStore;
+    // The engine's roles that run in this process.
+    ServerRoles *Roles = nullptr;
 };
