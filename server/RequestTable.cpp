@@ -38,5 +38,6 @@ RequestTable BuildRequestTable()
     AddAccountRequests(table);
     AddMessageRequests(table);
     AddLogRequests(table);
+    AddSourceRequests(table);
     return table;
 }

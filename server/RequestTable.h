@@ -66,6 +66,7 @@ void AddFolderRequests(RequestTable &Table);
 void AddAccountRequests(RequestTable &Table);
 void AddMessageRequests(RequestTable &Table);
 void AddLogRequests(RequestTable &Table);
+void AddSourceRequests(RequestTable &Table);
 
 // The table of every family.
 RequestTable BuildRequestTable();

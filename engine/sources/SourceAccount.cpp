@@ -18,7 +18,8 @@ SourceEndpoint Endpoint(const QString &Host, int Port, const QString &User, cons
 {
     SourceEndpoint endpoint;
     endpoint.Host = Host.trimmed();
-    endpoint.Port = Port;
+    // The settings keep ports in 16 signed bits: those above 32767 read back negative.
+    endpoint.Port = quint16(Port);
     endpoint.User = User;
     endpoint.Password = Password;
     endpoint.Secure = Secure;
@@ -56,6 +57,9 @@ SourceAccount SourceAccount::From(clsAccount &Account)
     source.ImapMarkAsRead = Account.IMAPMarkAsRead;
     source.ImapServerIDs = Account.IMAPServerIDs;
     source.ImapLastEmail = Account.IMAPLastEmail;
+
+    source.AutoRun = Account.AutoRun;
+    source.AutoRunMessageMime = Account.AutoRunMessageMime.toUtf8();
 
     source.FilePickupFolder = Account.FilePickupFolder.trimmed();
     source.FilePickUpMask = Account.FilePickUpMask.trimmed();

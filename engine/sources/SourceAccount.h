@@ -51,6 +51,9 @@ struct SourceAccount
     bool ImapServerIDs = false;
     QDateTime ImapLastEmail;
 
+    bool AutoRun = false;
+    QByteArray AutoRunMessageMime;
+
     QString FilePickupFolder;
     QString FilePickUpMask;
     bool FilePickupDontDelete = false;
