@@ -4,9 +4,12 @@
 
 #include <QStringDecoder>
 
-bool EdgeQueueSink::IsNewMessage(const QString &AccountID, const QString &Source, const QString &UID)
+MessageSink::Identity EdgeQueueSink::Lookup(const QString &AccountID, const QString &Source, const QString &UID)
 {
-    return m_store.IsNewMessage(AccountID, Source, UID);
+    m_store.LastError.clear();
+    if (m_store.IsNewMessage(AccountID, Source, UID))
+        return Identity::New;
+    return m_store.LastError.isEmpty() ? Identity::Known : Identity::Unknown;
 }
 
 QString EdgeQueueSink::MimeText(const QByteArray &Mime)

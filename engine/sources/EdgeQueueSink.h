@@ -11,7 +11,7 @@ class EdgeQueueSink : public MessageSink
 public:
     explicit EdgeQueueSink(clsMessageStore &Store) : m_store(Store) {}
 
-    bool IsNewMessage(const QString &AccountID, const QString &Source, const QString &UID) override;
+    Identity Lookup(const QString &AccountID, const QString &Source, const QString &UID) override;
     bool Queue(QList<SourceMessage> &Messages) override;
 
     static QString MimeText(const QByteArray &Mime);

@@ -60,7 +60,13 @@ SourceReadResult FilePickupReader::Read(SourceAccount &Account, MessageSink &Sin
         if (file.lastModified() > settled)
             continue;
         const QString identity = Identity(file);
-        if (!Sink.IsNewMessage(Account.AccountID, Source(), identity)) {
+        const MessageSink::Identity known = Sink.Lookup(Account.AccountID, Source(), identity);
+        if (known == MessageSink::Identity::Unknown) {
+            result.Failed = true;
+            result.Failure = QStringLiteral("the edge queue cannot be read");
+            return result;
+        }
+        if (known == MessageSink::Identity::Known) {
             // Queued by a read that ended before it could delete the file.
             if (!Account.FilePickupDontDelete)
                 QFile::remove(file.filePath());

@@ -360,7 +360,10 @@ SourceReadResult ImapReader::Read(SourceAccount &Account, MessageSink &Sink)
     for (const Listed &message : listed) {
         if (bound.isValid() && message.InternalDate.isValid() && message.InternalDate < bound)
             continue;
-        if (Sink.IsNewMessage(Account.AccountID, Source(), message.Identity))
+        const MessageSink::Identity identity = Sink.Lookup(Account.AccountID, Source(), message.Identity);
+        if (identity == MessageSink::Identity::Unknown)
+            return failed(QStringLiteral("the edge queue cannot be read"));
+        if (identity == MessageSink::Identity::New)
             fresh.append(message);
         else if (removing || (Account.ImapMarkAsRead && !message.Seen))
             known.append(message.Uid);

@@ -120,7 +120,10 @@ SourceReadResult Pop3Reader::Read(SourceAccount &Account, MessageSink &Sink)
     QList<Listed> fresh;
     QList<int> known;
     for (const Listed &message : listed) {
-        const bool isNew = Sink.IsNewMessage(Account.AccountID, Source(), message.Uidl);
+        const MessageSink::Identity identity = Sink.Lookup(Account.AccountID, Source(), message.Uidl);
+        if (identity == MessageSink::Identity::Unknown)
+            return failed(QStringLiteral("the edge queue cannot be read"));
+        const bool isNew = identity == MessageSink::Identity::New;
         if (!isNew && deleting)
             known.append(message.Number);
         else if (isNew && message.Number > Account.Pop3LastMessageNoChecked)

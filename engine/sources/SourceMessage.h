@@ -24,8 +24,11 @@ class MessageSink
 {
 public:
     virtual ~MessageSink() = default;
-    // True when the identity is neither queued nor stored.
-    virtual bool IsNewMessage(const QString &AccountID, const QString &Source, const QString &UID) = 0;
+    // New: neither queued nor stored. Known: queued or stored, so that the
+    // reader may remove it at its source. Unknown: the queue could not be
+    // asked; the reader stops and removes nothing.
+    enum class Identity { New, Known, Unknown };
+    virtual Identity Lookup(const QString &AccountID, const QString &Source, const QString &UID) = 0;
     // Writes the messages as queue rows in one commit and sets their RecordNo;
     // false, with no RecordNo set, when the commit failed.
     virtual bool Queue(QList<SourceMessage> &Messages) = 0;

@@ -178,6 +178,8 @@ void SourceScheduler::Start(clsAccount &Account)
         m_running.insert(Account.AccountID);
     }
     SourceAccount source = SourceAccount::From(Account);
+    source.Imap.TimeoutSeconds = TimeoutSeconds;
+    source.Pop3.TimeoutSeconds = TimeoutSeconds;
     m_pool.start([this, source, readers]() mutable {
         DeferredErrors kept;
         {

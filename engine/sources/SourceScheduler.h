@@ -46,6 +46,8 @@ public:
     std::function<void()> ReadEnded;
     // Milliseconds a file must rest before the file pickup takes it.
     int FileQuietMilliseconds = 2000;
+    // The longest wait for a mail server's answer.
+    int TimeoutSeconds = 30;
 
 private:
     struct Ended

@@ -11,9 +11,11 @@
 class RecordingSink : public MessageSink
 {
 public:
-    bool IsNewMessage(const QString &AccountID, const QString &Source, const QString &UID) override
+    Identity Lookup(const QString &AccountID, const QString &Source, const QString &UID) override
     {
-        return !m_identities.contains(Key(AccountID, Source, UID));
+        if (Unreadable)
+            return Identity::Unknown;
+        return m_identities.contains(Key(AccountID, Source, UID)) ? Identity::Known : Identity::New;
     }
 
     bool Queue(QList<SourceMessage> &Messages) override
@@ -38,6 +40,7 @@ public:
     int Commits = 0;
     int Duplicates = 0;
     bool Refuse = false;
+    bool Unreadable = false; // Lookup cannot tell
     std::function<void(const QList<SourceMessage> &)> OnQueue;
 
 private:

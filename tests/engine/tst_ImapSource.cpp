@@ -188,6 +188,10 @@ private slots:
         SourceAccount account = Account();
         account.ImapLeaveMessageOn = false;
         RecordingSink sink;
+        sink.Unreadable = true;
+        QVERIFY(ImapReader().Read(account, sink).Failed);
+        QCOMPARE(m_dovecot.Count(), 5);
+        sink.Unreadable = false;
         sink.Refuse = true;
         const SourceReadResult refused = ImapReader().Read(account, sink);
         QVERIFY(refused.Failed);
