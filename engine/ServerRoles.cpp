@@ -34,6 +34,9 @@ ServerRoles::ServerRoles(const QStringList &Roles, ConfigurationCopy::Loader Loa
         m_edge = std::make_unique<EdgeRole>(Load);
     if (Roles.contains(QStringLiteral("processor")))
         m_processor = std::make_unique<ProcessorRole>(Load, ProcessorThreads);
+    else
+        m_messageLog = std::make_unique<RoleLog>(Global.ProductName + QStringLiteral("MessageServerLog.LOG"),
+                                                 QStringLiteral("Message Server"));
     if (Roles.contains(QStringLiteral("mailserver")))
         m_mailServer = std::make_unique<ServerRole>(QStringLiteral("Mail Server"), QStringLiteral("SMTP.LOG"),
                                                     QStringLiteral("Mail Server"));
@@ -66,6 +69,13 @@ void ServerRoles::setOnLine(
 {
     for (ServerRole *role : Running())
         role->Log.OnLine = OnLine;
+    if (m_messageLog)
+        m_messageLog->OnLine = OnLine;
+}
+
+RoleLog &ServerRoles::MessageLog()
+{
+    return m_processor ? m_processor->Role.Log : *m_messageLog;
 }
 
 void ServerRoles::Start()

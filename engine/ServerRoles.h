@@ -8,6 +8,7 @@
 #include <memory>
 
 class EdgeRole;
+class RoleLog;
 class ProcessorRole;
 class ServerRole;
 
@@ -35,6 +36,9 @@ public:
     // The roles that run; nullptr for one that does not.
     EdgeRole *Edge() const { return m_edge.get(); }
     ProcessorRole *Processor() const { return m_processor.get(); }
+    // The message processor's log, also where the processor does not run
+    // in this process: requests about processing write there.
+    RoleLog &MessageLog();
 
 private:
     QList<ServerRole *> Running() const;
@@ -43,4 +47,5 @@ private:
     std::unique_ptr<ProcessorRole> m_processor;
     std::unique_ptr<ServerRole> m_mailServer;
     std::unique_ptr<ServerRole> m_outgoing;
+    std::unique_ptr<RoleLog> m_messageLog;
 };

@@ -12,6 +12,7 @@
 #include "foundation/clsXML.h"
 #include "model/GlobalCollections.h"
 #include "model/ItemFragments.h"
+#include "store/clsMessageStore.h"
 
 #include <functional>
 #include <memory>
@@ -48,11 +49,11 @@ FoundAccount FindAccount(const RequestContext &Context, Access Wanted)
         return {nullptr, bad};
     clsAccount *account = Accounts().Item(Context.Client.AccountID);
     if (!account)
-        return {nullptr, ServerReply::Error(404, QStringLiteral("There is no account with this ID."))};
+        return {nullptr, ServerReply::Refusal(QStringLiteral("There is no account with this ID."))};
     if (!account->UserAccess(&Context.User))
-        return {nullptr, ServerReply::Error(403, QStringLiteral("This account is not yours to see."))};
+        return {nullptr, ServerReply::Refusal(QStringLiteral("This account is not yours to see."))};
     if (Wanted == Access::Change && !MayChangeAccount(Context.User, *account))
-        return {nullptr, ServerReply::Error(403, QStringLiteral("This account is not yours to change."))};
+        return {nullptr, ServerReply::Refusal(QStringLiteral("This account is not yours to change."))};
     return {account, std::nullopt};
 }
 
@@ -74,7 +75,7 @@ FoundTrigger FindTrigger(const RequestContext &Context, Access Wanted)
         return {nullptr, nullptr, found.Refusal};
     clsAccountTrigger *trigger = found.Account->TriggerFromID(Context.Client.TriggerID);
     if (!trigger)
-        return {nullptr, nullptr, ServerReply::Error(404, QStringLiteral("The account has no trigger with this ID."))};
+        return {nullptr, nullptr, ServerReply::Refusal(QStringLiteral("The account has no trigger with this ID."))};
     return {found.Account, trigger, std::nullopt};
 }
 
@@ -123,15 +124,15 @@ std::optional<ServerReply> CheckTrigger(const clsUser &Actor, const QString &Acc
                                         const clsAccountTrigger &Trigger)
 {
     if (!IsIdentifier(Trigger.TriggerID))
-        return ServerReply::Error(400, QStringLiteral("A trigger's ID is no identifier."));
+        return ServerReply::Refusal(QStringLiteral("A trigger's ID is no identifier."));
     // Trigger IDs name one trigger across all accounts: messages are routed by them.
     const clsAccount *holder = Accounts().Item(Accounts().AccountNoForTriggerID(Trigger.TriggerID));
     if (holder && holder->AccountID.compare(AccountID, Qt::CaseInsensitive) != 0)
-        return ServerReply::Error(200, QStringLiteral("The trigger ID ") + Trigger.TriggerID
+        return ServerReply::Refusal(QStringLiteral("The trigger ID ") + Trigger.TriggerID
                                            + QStringLiteral(" belongs to another account."));
     const clsUserFolder *folder = UserFolders().Item(Trigger.SaveToFolderID);
     if (folder && !MayManageFolder(Actor, *folder))
-        return ServerReply::Error(403, QStringLiteral("The trigger's folder is not yours to use."));
+        return ServerReply::Refusal(QStringLiteral("The trigger's folder is not yours to use."));
     return std::nullopt;
 }
 
@@ -141,16 +142,16 @@ std::optional<ServerReply> CheckTrigger(const clsUser &Actor, const QString &Acc
 std::optional<ServerReply> CheckAccount(const clsUser &Actor, clsAccount &Posted, const clsAccount *Stored)
 {
     if (Stored ? !MayChangeAccount(Actor, *Stored) : !IsAdministrator(Actor))
-        return ServerReply::Error(403, QStringLiteral("This account is not yours to change."));
+        return ServerReply::Refusal(QStringLiteral("This account is not yours to change."));
     if (!Actor.Admin && Posted.OrganizationID.trimmed().isEmpty())
         Posted.OrganizationID = Actor.OrganizationID;
     if (!MayChangeAccount(Actor, Posted))
-        return ServerReply::Error(403, QStringLiteral("Accounts can only belong to your own organization."));
+        return ServerReply::Refusal(QStringLiteral("Accounts can only belong to your own organization."));
     if (!Posted.OrganizationID.trimmed().isEmpty() && !Organizations().Item(Posted.OrganizationID))
-        return ServerReply::Error(200, QStringLiteral("The account's organization does not exist."));
+        return ServerReply::Refusal(QStringLiteral("The account's organization does not exist."));
     const QString outbox = Accounts().FindOutboxID();
     if (Posted.Outbox && !outbox.isEmpty() && outbox.compare(Posted.AccountID, Qt::CaseInsensitive) != 0)
-        return ServerReply::Error(200, QStringLiteral("Another account is the outbox already."));
+        return ServerReply::Refusal(QStringLiteral("Another account is the outbox already."));
     return std::nullopt;
 }
 
@@ -186,7 +187,7 @@ ServerReply PostAccount(RequestContext &Context)
         return *refused;
     const int triggerCount = PostedTriggerCount(body);
     if (triggerCount >= 0 && triggerCount != posted->Triggers.Count())
-        return ServerReply::Error(400, QStringLiteral("The account's triggers need distinct IDs."));
+        return ServerReply::Refusal(QStringLiteral("The account's triggers need distinct IDs."));
     for (const clsAccountTrigger *trigger : posted->Triggers)
         if (auto refused = CheckTrigger(Context.User, id, *trigger))
             return *refused;
@@ -217,9 +218,11 @@ ServerReply DeleteAccount(RequestContext &Context)
         return *found.Refusal;
     const QString id = found.Account->AccountID;
     ConfigStore &store = Context.Services.Store;
-    if (!store.Write([&] { return store.DeleteAccount(id); }))
+    clsMessageStore &messages = Context.Services.MessageStore;
+    if (!store.Write([&] { return store.DeleteAccount(id) && messages.DeleteAccount(id); }))
         return StoreFailure(Context);
     const QString name = found.Account->Name;
+    UserFolders().DeleteForAccount(id);
     Accounts().Delete(id);
     Context.Services.Log.Add(QStringLiteral("Account ") + name + QStringLiteral(" deleted by ")
                              + Context.User.Username);
@@ -293,7 +296,7 @@ ServerReply ReceivedAfterReset(RequestContext &Context)
     if (found.Refusal)
         return *found.Refusal;
     if (!Context.Client.TriggerID.isEmpty() && !found.Account->TriggerFromID(Context.Client.TriggerID))
-        return ServerReply::Error(404, QStringLiteral("The account has no trigger with this ID."));
+        return ServerReply::Refusal(QStringLiteral("The account has no trigger with this ID."));
     const QDate today = QDate::currentDate();
     return ChangeAccount(
         Context, *found.Account, [today](clsAccount &account) { account.ReceivedAfterReset(today); },
@@ -376,7 +379,7 @@ ServerReply SwapTrigger(RequestContext &Context)
     colTriggers &triggers = found.Account->Triggers;
     const clsAccountTrigger *other = found.Account->TriggerFromID(Context.Client.MoveToFolderID);
     if (!other)
-        return ServerReply::Error(404, QStringLiteral("The account has no trigger with the ID of movetofolderid."));
+        return ServerReply::Refusal(QStringLiteral("The account has no trigger with the ID of movetofolderid."));
     if (other == found.Trigger)
         return ServerReply::Ok();
     const QString first = found.Trigger->TriggerID;

@@ -51,6 +51,19 @@ bool ConfigStore::Open(const QString &FilePath)
         LastError = db.lastError().text();
         return false;
     }
+    return Prepare();
+}
+
+bool ConfigStore::OpenShared(const QString &Connection)
+{
+    Close();
+    m_connection = Connection;
+    m_shared = true;
+    return Prepare();
+}
+
+bool ConfigStore::Prepare()
+{
     // A commit is on disk before the reply that acknowledges it.
     if (Exec(QStringLiteral("PRAGMA journal_mode=WAL")) < 0 || Exec(QStringLiteral("PRAGMA synchronous=FULL")) < 0)
         return false;
@@ -64,7 +77,7 @@ bool ConfigStore::Open(const QString &FilePath)
 
 void ConfigStore::Close()
 {
-    if (!QSqlDatabase::contains(m_connection))
+    if (m_shared || !QSqlDatabase::contains(m_connection))
         return;
     QSqlDatabase::database(m_connection, false).close();
     QSqlDatabase::removeDatabase(m_connection);
@@ -99,7 +112,7 @@ bool ConfigStore::Load(UserPasswords &Passwords)
 
     UserFolders().Clear();
     if (!query.exec(QStringLiteral("SELECT RecordNo, FolderID, AccountID, OrganizationID, Parent, UserID, FolderName,"
-                                   " Email FROM Folders ORDER BY OrderBy, RecordNo")))
+                                   " Email FROM Folders ORDER BY UserID, OrderBy")))
         return Failed(query);
     while (query.next()) {
         auto folder = std::make_unique<clsUserFolder>();
@@ -152,8 +165,7 @@ bool ConfigStore::Write(const std::function<bool()> &Work)
         return false;
     }
     if (Work() && db.commit()) {
-        // The handler changes the collections in memory next, in this turn
-        // of the event loop, before any engine thread can ask for a copy.
+        // The engine's threads read their copies of the configuration anew.
         CountConfigurationChange();
         return true;
     }

@@ -32,6 +32,10 @@ public:
 
     // Opens (and on first use creates) the database file.
     bool Open(const QString &FilePath);
+    // Works on a connection that is open already and stays its owner's: the
+    // message store's writer, so that a record and the store rows that belong
+    // to it are written or deleted in one transaction.
+    bool OpenShared(const QString &Connection);
     void Close();
     bool IsEmpty();
     // The text of the last failure.
@@ -65,6 +69,8 @@ public:
     bool SwapTriggers(const QString &AccountID, const QString &First, const QString &Second);
 
 private:
+    // Sets the connection up and makes the tables that are missing.
+    bool Prepare();
     bool Failed(const QSqlQuery &Query);
     bool LoadAccounts();
     // Runs a statement with its named values; the number of rows it changed,
@@ -74,4 +80,5 @@ private:
     bool Upsert(const QString &Update, const QString &Insert, const QVariantMap &Values);
 
     QString m_connection;
+    bool m_shared = false;
 };

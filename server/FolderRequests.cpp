@@ -24,7 +24,7 @@ std::optional<ServerReply> CheckFolderQuery(const RequestContext &Context, bool 
     if (auto bad = CheckIdentifier(Context, QStringLiteral("accountid"), true))
         return bad;
     if (Context.Client.Folder.trimmed().isEmpty())
-        return ServerReply::Error(400, QStringLiteral("A folder needs a name (folder)."));
+        return ServerReply::Refusal(QStringLiteral("A folder needs a name (folder)."));
     return std::nullopt;
 }
 
@@ -35,16 +35,16 @@ std::optional<ServerReply> CheckParent(const clsUser &Actor, const clsUserFolder
         return std::nullopt;
     const clsUserFolder *parent = UserFolders().Item(Folder.Parent);
     if (!parent)
-        return ServerReply::Error(404, QStringLiteral("The parent folder does not exist."));
+        return ServerReply::Refusal(QStringLiteral("The parent folder does not exist."));
     if (!MayManageFolder(Actor, *parent))
-        return ServerReply::Error(403, QStringLiteral("The parent folder is not yours to change."));
+        return ServerReply::Refusal(QStringLiteral("The parent folder is not yours to change."));
     if (parent->OrganizationID != Folder.OrganizationID)
-        return ServerReply::Error(200, QStringLiteral("The parent folder belongs to another organization."));
+        return ServerReply::Refusal(QStringLiteral("The parent folder belongs to another organization."));
     // Bounded by the number of folders, so that a loop in stored data ends too.
     int steps = UserFolders().Count();
     for (const clsUserFolder *above = parent; above && steps-- > 0; above = UserFolders().Item(above->Parent))
         if (above->ID == Folder.ID)
-            return ServerReply::Error(200, QStringLiteral("A folder cannot hang below itself."));
+            return ServerReply::Refusal(QStringLiteral("A folder cannot hang below itself."));
     return std::nullopt;
 }
 
@@ -57,7 +57,7 @@ ServerReply AddFolder(RequestContext &Context)
     clsUserFolder folder;
     folder.ID = Context.Client.FolderID.isEmpty() ? NewUniqueID() : Context.Client.FolderID;
     if (UserFolders().Item(folder.ID))
-        return ServerReply::Error(200, QStringLiteral("A folder with this ID already exists."));
+        return ServerReply::Refusal(QStringLiteral("A folder with this ID already exists."));
     folder.Name = Context.Client.Folder.trimmed();
     folder.Parent = Context.Client.ParentID;
     folder.AccountID = Context.Client.AccountID;
@@ -93,9 +93,9 @@ ServerReply UpdateFolder(RequestContext &Context)
         return *bad;
     clsUserFolder *stored = UserFolders().Item(Context.Client.FolderID);
     if (!stored)
-        return ServerReply::Error(404, QStringLiteral("There is no folder with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no folder with this ID."));
     if (!MayManageFolder(Context.User, *stored))
-        return ServerReply::Error(403, QStringLiteral("This folder is not yours to change."));
+        return ServerReply::Refusal(QStringLiteral("This folder is not yours to change."));
     clsUserFolder folder = *stored;
     folder.Name = Context.Client.Folder.trimmed();
     folder.Parent = Context.Client.ParentID;
@@ -131,11 +131,11 @@ ServerReply DeleteFolder(RequestContext &Context)
         return *bad;
     const clsUserFolder *folder = UserFolders().Item(Context.Client.FolderID);
     if (!folder)
-        return ServerReply::Error(404, QStringLiteral("There is no folder with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no folder with this ID."));
     const QStringList ids = FolderAndBelow(folder->ID);
     for (const QString &id : ids)
         if (!MayManageFolder(Context.User, *UserFolders().Item(id)))
-            return ServerReply::Error(403, QStringLiteral("This folder is not yours to delete."));
+            return ServerReply::Refusal(QStringLiteral("This folder is not yours to delete."));
 
     // Users who list a deleted folder no longer do.
     QList<clsUser> listers;

@@ -77,7 +77,7 @@ ServerReply GetMessageLog(RequestContext &Context)
 ServerReply DeleteLog(RequestContext &Context)
 {
     if (!Context.User.Admin)
-        return ServerReply::Error(403, QStringLiteral("Only a system administrator can clear the logs."));
+        return ServerReply::Refusal(QStringLiteral("Only a system administrator can clear the logs."));
     const QDate everything = QDate::currentDate().addDays(1);
     bool cleared = true;
     for (const QString &file : {Context.Services.Log.EventLogFile(), EdgeLogFile(), MessageLogFile()}) {
@@ -90,7 +90,7 @@ ServerReply DeleteLog(RequestContext &Context)
     cleared = QFile::resize(Global.DataPath + ServerLog::FileName(), 0) && cleared;
     if (!cleared) {
         Context.Services.Log.Add(QStringLiteral("* The logs could not all be cleared."));
-        return ServerReply::Error(500, QStringLiteral("The logs could not all be cleared."));
+        return ServerReply::Refusal(QStringLiteral("The logs could not all be cleared."));
     }
     Context.Services.Log.Add(QStringLiteral("Logs cleared by ") + Context.User.Username);
     return ServerReply::Ok();

@@ -35,7 +35,7 @@ clsMessageStore &Store(RequestContext &Context)
 ServerReply MessageStoreFailure(RequestContext &Context)
 {
     Context.Services.Log.Add(QStringLiteral("* The message store failed: ") + Store(Context).LastError);
-    return ServerReply::Error(500, QStringLiteral("The message store failed."));
+    return ServerReply::Refusal(QStringLiteral("The message store failed."));
 }
 
 ServerReply PlainText(const QString &Text)
@@ -58,7 +58,7 @@ std::optional<ServerReply> CheckNumber(const RequestContext &Context, const QStr
         return std::nullopt;
     if (number.match(value).hasMatch() && (!Positive || value.toInt() > 0))
         return std::nullopt;
-    return ServerReply::Error(400, QStringLiteral("The value of \"") + Key + QStringLiteral("\" is no number."));
+    return ServerReply::Refusal(QStringLiteral("The value of \"") + Key + QStringLiteral("\" is no number."));
 }
 
 // The flags are "Y" or "N": anything else would widen a set that is deleted.
@@ -67,14 +67,14 @@ std::optional<ServerReply> CheckYesNo(const RequestContext &Context, const QStri
     const QString value = Context.Client.Value(Key).toUpper();
     if (value.isEmpty() || value == u"Y" || value == u"N")
         return std::nullopt;
-    return ServerReply::Error(400, QStringLiteral("The value of \"") + Key + QStringLiteral("\" is neither Y nor N."));
+    return ServerReply::Refusal(QStringLiteral("The value of \"") + Key + QStringLiteral("\" is neither Y nor N."));
 }
 
 std::optional<ServerReply> CheckDate(const RequestContext &Context, const QString &Key, const QDate &Parsed)
 {
     if (Context.Client.Value(Key).isEmpty() || Parsed.isValid())
         return std::nullopt;
-    return ServerReply::Error(400, QStringLiteral("The value of \"") + Key + QStringLiteral("\" is no date (yyyy-mm-dd)."));
+    return ServerReply::Refusal(QStringLiteral("The value of \"") + Key + QStringLiteral("\" is no date (yyyy-mm-dd)."));
 }
 
 // The period of the query; a missing end keeps the filter's default.
@@ -128,12 +128,12 @@ std::optional<ServerReply> ReadMessageSet(RequestContext &Context, MessageSetFil
         // store, which only its administrator reaches.
         const bool namesFolder = Filter.FolderID.size() > 1;
         if (namesFolder ? !MaySeeFolder(user, Filter.FolderID) : !user.OrganizationAdmin)
-            return ServerReply::Error(403, namesFolder ? QStringLiteral("This folder is not yours to see.")
+            return ServerReply::Refusal(namesFolder ? QStringLiteral("This folder is not yours to see.")
                                                        : QStringLiteral("Name one of your folders (folderid)."));
     }
     // An empty condition is the whole store; clearing it is deletemailstore.xml.
     if (Store(Context).MessageSetWhere(Filter).isEmpty())
-        return ServerReply::Error(400, QStringLiteral("A message set needs an account, a trigger, a folder or another filter."));
+        return ServerReply::Refusal(QStringLiteral("A message set needs an account, a trigger, a folder or another filter."));
     return std::nullopt;
 }
 
@@ -165,19 +165,19 @@ std::variant<StoredMessage, ServerReply> FindMessage(RequestContext &Context)
         return MessageStoreFailure(Context);
     }
     if (!query.next())
-        return ServerReply::Error(404, QStringLiteral("There is no message with this number."));
+        return ServerReply::Refusal(QStringLiteral("There is no message with this number."));
     message.FolderID = query.value(0).toString().trimmed();
     message.OrganizationID = query.value(1).toString().trimmed();
     const QString folder = Context.Client.FolderID;
     if (!folder.isEmpty() && folder != message.FolderID)
-        return ServerReply::Error(404, QStringLiteral("There is no message with this number in the folder."));
+        return ServerReply::Refusal(QStringLiteral("There is no message with this number in the folder."));
 
     const clsUser &user = Context.User;
     const bool reachable = user.Admin
         || (message.OrganizationID == user.OrganizationID
             && (user.OrganizationAdmin || MaySeeFolder(user, message.FolderID)));
     if (!reachable)
-        return ServerReply::Error(403, QStringLiteral("This message is not yours to see."));
+        return ServerReply::Refusal(QStringLiteral("This message is not yours to see."));
     return message;
 }
 
@@ -200,7 +200,7 @@ ServerReply GetMessages(RequestContext &Context)
     const qint32 from = Context.Client.FromRow;
     const qint32 to = Context.Client.ToRow;
     if (to > 0 && to < qMax(from, 1))
-        return ServerReply::Error(400, QStringLiteral("The row range ends before it begins."));
+        return ServerReply::Refusal(QStringLiteral("The row range ends before it begins."));
     MessageSetFilter filter;
     if (auto refused = ReadMessageSet(Context, filter))
         return *refused;
@@ -286,11 +286,11 @@ ServerReply MoveMessage(RequestContext &Context)
     const StoredMessage &message = std::get<StoredMessage>(found);
     const clsUserFolder *target = UserFolders().Item(Context.Client.MoveToFolderID);
     if (!target)
-        return ServerReply::Error(404, QStringLiteral("There is no folder with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no folder with this ID."));
     if (!MaySeeFolder(Context.User, target->ID))
-        return ServerReply::Error(403, QStringLiteral("This folder is not yours to see."));
+        return ServerReply::Refusal(QStringLiteral("This folder is not yours to see."));
     if (target->OrganizationID != message.OrganizationID)
-        return ServerReply::Error(200, QStringLiteral("The folder belongs to another organization."));
+        return ServerReply::Refusal(QStringLiteral("The folder belongs to another organization."));
     if (!Store(Context).MoveMessage(message.RecordNo, message.FolderID, target->ID, Context.Client.AccountID))
         return MessageStoreFailure(Context);
     return ServerReply::Ok();
@@ -316,7 +316,7 @@ ServerReply GetDaySummary(RequestContext &Context)
     if (!user.Admin) {
         const clsAccount *account = Accounts().Item(accountID);
         if (!account || account->OrganizationID != user.OrganizationID)
-            return ServerReply::Error(403, QStringLiteral("This account is not yours to see."));
+            return ServerReply::Refusal(QStringLiteral("This account is not yours to see."));
     }
     clsMessageStore &store = Store(Context);
     const QString report = store.GetDaySummary(accountID, from, to, Context.Client.SearchText.toInt());
@@ -331,9 +331,10 @@ ServerReply DeleteMailStore(RequestContext &Context)
 {
     const clsUser &user = Context.User;
     if (!IsAdministrator(user))
-        return ServerReply::Error(403, QStringLiteral("Only an administrator can clear the message store."));
+        return ServerReply::Refusal(QStringLiteral("Only an administrator can clear the message store."));
     const QString organization = user.Admin ? QString() : user.OrganizationID;
-    if (!Store(Context).ClearAllMailStore(organization))
+    // Clearing takes the token types with the counts; the built-in ones come back.
+    if (!Store(Context).ClearAllMailStore(organization) || !Store(Context).AddMissingDaySummaryTokenTypes())
         return MessageStoreFailure(Context);
     const QString cleared = user.Admin ? QStringLiteral("The message store was cleared by ")
                                        : QStringLiteral("The messages of organization %1 were cleared by ").arg(organization);
@@ -384,7 +385,7 @@ QString TestODBCConnection(const QString &ConnectionText)
 ServerReply TestDBConnection(RequestContext &Context)
 {
     if (!IsAdministrator(Context.User))
-        return ServerReply::Error(403, QStringLiteral("Only an administrator can test database connections."));
+        return ServerReply::Refusal(QStringLiteral("Only an administrator can test database connections."));
     const QString text = Context.Client.SearchText.trimmed();
     QString result;
     if (text.isEmpty())

@@ -68,16 +68,12 @@ bool PostvaneServer::Start(const ServerOptions &Options)
     const QString configuration = ConfigurationFile();
     m_roles = std::make_unique<ServerRoles>(roles, [configuration] {
         // Each engine thread reads the configuration on a connection of its own.
-        thread_local std::unique_ptr<ConfigStore> store;
-        if (!store) {
-            store = std::make_unique<ConfigStore>();
-            if (!store->Open(configuration)) {
-                store.reset();
-                return false;
-            }
-        }
-        UserPasswords passwords;
-        return store->Load(passwords);
+        auto store = std::make_shared<ConfigStore>();
+        return [configuration, store, open = false]() mutable {
+            open = open || store->Open(configuration);
+            UserPasswords passwords;
+            return open && store->Load(passwords);
+        };
     });
     if (m_webRole && !StartWebService(Options))
         return false;
@@ -144,17 +140,22 @@ bool PostvaneServer::OpenDataFolder(const QString &Folder)
 }
 
 // On SQLite the configuration lives in the store's own database, beside the
-// messages; a store on SQL Server leaves it in a SQLite file of its own.
+// messages, and is written on the store's writer connection, so that deleting
+// a record and its messages is one transaction; a store on SQL Server leaves
+// the configuration in a SQLite file of its own.
 bool PostvaneServer::OpenConfiguration()
 {
+    const bool shared = m_messages->Dialect == 99;
     const QString file = ConfigurationFile();
-    if (!m_store.Open(file))
+    if (!(shared ? m_store.OpenShared(m_messages->StoreConnection()) : m_store.Open(file)))
         return Fail(QStringLiteral("The configuration database ") + file + QStringLiteral(" cannot be opened: ")
                     + m_store.LastError);
     if (m_store.IsEmpty() && !CreateFirstRunRecords())
         return Fail(QStringLiteral("The first organization and user cannot be saved: ") + m_store.LastError);
     if (!m_store.Load(m_passwords))
         return Fail(QStringLiteral("The configuration cannot be read: ") + m_store.LastError);
+    if (!m_messages->AddMissingDaySummaryTokenTypes())
+        return Fail(QStringLiteral("The statistics' token types cannot be saved: ") + m_messages->LastError);
     m_log->Add(QStringLiteral("Configuration read: %1 organizations, %2 users, %3 folders")
                    .arg(Organizations().Count())
                    .arg(Users().Count())
@@ -215,20 +216,64 @@ bool PostvaneServer::StartWebService(const ServerOptions &Options)
     tls.setPeerVerifyMode(QSslSocket::VerifyNone);
 
     const QString bindTo = Options.BindTo.isEmpty() ? Global.Settings.WebAccessBindTo.trimmed() : Options.BindTo;
-    QHostAddress address(QHostAddress::Any);
-    if (!bindTo.isEmpty() && !address.setAddress(bindTo))
+    m_configured = QHostAddress(QHostAddress::Any);
+    if (!bindTo.isEmpty() && !m_configured.setAddress(bindTo))
         return Fail(QStringLiteral("The address to listen on, \"") + bindTo + QStringLiteral("\", is no IP address."));
-    const quint16 port = Options.Port >= 0 ? quint16(Options.Port) : quint16(Global.Settings.WebAccessPort);
+    m_port = Options.Port >= 0 ? quint16(Options.Port) : quint16(Global.Settings.WebAccessPort);
 
     m_services = std::make_unique<ServerServices>(
-        ServerServices{m_store, m_passwords, *m_log, m_push, *m_messages, m_roles.get()});
+        ServerServices{m_store, m_passwords, *m_log, m_push, *m_messages, [this] { UpdateListening(); },
+                       m_roles.get()});
     m_web = std::make_unique<WebService>(*m_services);
-    const quint16 listening = m_web->Listen(address, port, tls);
-    if (listening == 0)
-        return Fail(QStringLiteral("Cannot listen on ") + ListenAddress(address, port)
-                    + QStringLiteral(": the port is in use or not allowed."));
+    m_tls = tls;
     m_log->Add(QStringLiteral("Certificate: ") + certificate.Origin);
+    return UpdateListening();
+}
+
+// While a system administrator has the empty password, anyone who reaches
+// the port could administer the server: it listens on loopback only until
+// every one of them has a password.
+QString PostvaneServer::AdministratorWithoutPassword()
+{
+    for (const clsUser *user : Users())
+        if (user->Admin && m_passwords.HasEmptyPassword(user->ID))
+            return user->Username;
+    return QString();
+}
+
+bool PostvaneServer::UpdateListening()
+{
+    const QString unprotected = m_configured.isLoopback() ? QString() : AdministratorWithoutPassword();
+    const QHostAddress loopback(m_configured.protocol() == QAbstractSocket::IPv6Protocol ? QHostAddress::LocalHostIPv6
+                                                                                         : QHostAddress::LocalHost);
+    const QHostAddress address = unprotected.isEmpty() ? m_configured : loopback;
+    if (m_listening && address == m_address)
+        return true;
+
+    const QHostAddress previous = m_address;
+    if (m_listening)
+        m_web->Close();
+    const quint16 listening = m_web->Listen(address, m_port, m_tls);
+    if (listening == 0) {
+        const QString reason = QStringLiteral("Cannot listen on ") + ListenAddress(address, m_port)
+            + QStringLiteral(": the port is in use or not allowed.");
+        if (m_listening && m_web->Listen(previous, m_port, m_tls) != 0) {
+            m_log->Add(QStringLiteral("* ") + reason + QStringLiteral(" Still listening on ")
+                       + ListenAddress(previous, m_port));
+            return false;
+        }
+        m_listening = false;
+        return Fail(reason);
+    }
+    m_listening = true;
+    m_address = address;
+    m_port = listening;
     m_log->Add(QStringLiteral("Listening on ") + ListenAddress(address, listening));
+    if (!unprotected.isEmpty())
+        m_log->Add(QStringLiteral("The system administrator \"") + unprotected
+                   + QStringLiteral("\" has no password, so only this machine can connect. Set a password for it in the"
+                                    " console's user editor; the server then listens on ")
+                   + ListenAddress(m_configured, listening) + QStringLiteral(" at once."));
     return true;
 }
 

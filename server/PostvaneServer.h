@@ -3,7 +3,9 @@
 #include "PushChannel.h"
 #include "UserPasswords.h"
 
+#include <QHostAddress>
 #include <QLockFile>
+#include <QSslConfiguration>
 #include <QString>
 #include <QStringList>
 #include <memory>
@@ -29,7 +31,8 @@ struct ServerOptions
 // The first start in an empty data folder makes SETTINGS.XML, the
 // configuration database with the organization "Default" and the user
 // "Admin" (a system administrator with the empty password), and the
-// self-signed certificate.
+// self-signed certificate. While a system administrator has the empty
+// password, the server listens on loopback only.
 //
 // Beside the web service it runs the engine's roles (ServerRoles); without
 // the web role it serves nothing and leaves the data folder's lock to the
@@ -57,6 +60,10 @@ private:
     void StartRoles();
     QString ConfigurationFile() const;
     void PauseAccount(const QString &AccountID, const QString &Reason);
+    QString AdministratorWithoutPassword();
+    // Listens on the configured address, or on loopback while a system
+    // administrator has the empty password; called again when users change.
+    bool UpdateListening();
 
     std::unique_ptr<QLockFile> m_lock;
     std::unique_ptr<ServerLog> m_log;
@@ -68,5 +75,10 @@ private:
     std::unique_ptr<WebService> m_web;
     std::unique_ptr<ServerRoles> m_roles;
     bool m_webRole = true;
+    QSslConfiguration m_tls;
+    QHostAddress m_configured;
+    QHostAddress m_address;
+    quint16 m_port = 0;
+    bool m_listening = false;
     bool m_running = false;
 };

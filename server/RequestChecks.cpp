@@ -17,7 +17,7 @@ std::optional<ServerReply> CheckIdentifier(const RequestContext &Context, const 
     const QString value = Context.Client.Value(Key);
     if ((Optional && value.isEmpty()) || IsIdentifier(value))
         return std::nullopt;
-    return ServerReply::Error(400, QStringLiteral("The value of \"") + Key + QStringLiteral("\" is no identifier."));
+    return ServerReply::Refusal(QStringLiteral("The value of \"") + Key + QStringLiteral("\" is no identifier."));
 }
 
 std::optional<ServerReply> CheckPostedID(QString &PostedID, const QString &QueryID, const QString &Record,
@@ -27,7 +27,7 @@ std::optional<ServerReply> CheckPostedID(QString &PostedID, const QString &Query
         PostedID = QueryID;
     if (PostedID.compare(QueryID, Case) == 0)
         return std::nullopt;
-    return ServerReply::Error(400, QStringLiteral("The ") + Record + QStringLiteral("'s ID is not the one of ") + Key
+    return ServerReply::Refusal(QStringLiteral("The ") + Record + QStringLiteral("'s ID is not the one of ") + Key
                                        + u'.');
 }
 
@@ -41,7 +41,7 @@ std::optional<ServerReply> CheckFragment(const QString &Body, const QString &Tag
     if (text.startsWith(open, Qt::CaseInsensitive)
         && text.endsWith(close, Qt::CaseInsensitive))
         return std::nullopt;
-    return ServerReply::Error(400, QStringLiteral("The body is no ") + Tag + QStringLiteral(" fragment."));
+    return ServerReply::Refusal(QStringLiteral("The body is no ") + Tag + QStringLiteral(" fragment."));
 }
 
 bool MayManageUser(const clsUser &Actor, const clsUser &Target)
@@ -76,5 +76,5 @@ int AdministratorCount()
 ServerReply StoreFailure(RequestContext &Context)
 {
     Context.Services.Log.Add(QStringLiteral("* The configuration could not be saved: ") + Context.Services.Store.LastError);
-    return ServerReply::Error(500, QStringLiteral("The change could not be saved."));
+    return ServerReply::Refusal(QStringLiteral("The change could not be saved."));
 }

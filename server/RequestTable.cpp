@@ -7,12 +7,26 @@ ServerReply ServerReply::Ok(const QString &Text)
     return reply;
 }
 
-ServerReply ServerReply::Error(int Status, const QString &Message)
+ServerReply ServerReply::Refusal(const QString &Reason)
+{
+    ServerReply reply = Fault(200, Reason);
+    reply.Refused = true;
+    return reply;
+}
+
+ServerReply ServerReply::Fault(int Status, const QString &Reason)
 {
     ServerReply reply;
     reply.Status = Status;
-    reply.Text = QStringLiteral("Error: ") + Message;
+    reply.Text = QStringLiteral("Error: ") + Reason;
     reply.ContentType = "text/plain; charset=utf-8";
+    return reply;
+}
+
+ServerReply ServerReply::Unauthorized()
+{
+    ServerReply reply;
+    reply.Status = 401;
     return reply;
 }
 
@@ -39,5 +53,6 @@ RequestTable BuildRequestTable()
     AddMessageRequests(table);
     AddLogRequests(table);
     AddSourceRequests(table);
+    AddProcessorRequests(table);
     return table;
 }

@@ -12,6 +12,13 @@ struct ServerServices;
 
 // What a request handler answers: a status, the text of the body and its
 // type. Status replies of commands are "OK" or a text beginning "Error:".
+//
+// The console takes every status but 200 and 401 for a broken connection, so
+// this is the one place that decides a reply's form: a refusal of a
+// well-formed request (no right, no such record, a fragment that does not
+// read, a rule broken, a store that failed) is status 200 with "Error: " and
+// the reason; credentials that fail are 401 (WebService); only faults of the
+// transport itself (an unknown request name, the wrong verb) keep a 4xx.
 struct ServerReply
 {
     int Status = 200;
@@ -20,12 +27,18 @@ struct ServerReply
     // The handler has taken the connection over (the push stream); nothing
     // more is written for the request.
     bool ConnectionTaken = false;
+    // A refusal: its location is "/error", which the console shows in its
+    // message bar instead of taking the text for the record it asked for.
+    bool Refused = false;
 
     static ServerReply Ok(const QString &Text = QStringLiteral("OK"));
-    // Text "Error: " + Message. 400 for a malformed request, 403 for one the
-    // user has no right to, 404 for a record that doesn't exist; 200 for a
-    // command the server refuses by its rules.
-    static ServerReply Error(int Status, const QString &Message);
+    // Status 200, text "Error: " + Reason: a reason a person understands,
+    // naming the record or the right that is missing.
+    static ServerReply Refusal(const QString &Reason);
+    // A 4xx of the transport, text "Error: " + Reason.
+    static ServerReply Fault(int Status, const QString &Reason);
+    // Status 401 with an empty body.
+    static ServerReply Unauthorized();
 };
 
 // One request as a handler sees it: parsed, its user authenticated.
@@ -67,6 +80,7 @@ void AddAccountRequests(RequestTable &Table);
 void AddMessageRequests(RequestTable &Table);
 void AddLogRequests(RequestTable &Table);
 void AddSourceRequests(RequestTable &Table);
+void AddProcessorRequests(RequestTable &Table);
 
 // The table of every family.
 RequestTable BuildRequestTable();

@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 
 class ConfigStore;
 class clsMessageStore;
@@ -15,6 +16,8 @@ struct ServerServices
     ServerLog &Log;
     PushChannel &Push;
     clsMessageStore &MessageStore;
+    // Called after a user was saved or deleted.
+    std::function<void()> UsersChanged;
     // The engine's roles that run in this process.
     ServerRoles *Roles = nullptr;
 };

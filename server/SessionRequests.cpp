@@ -59,7 +59,7 @@ bool WriteSettingsFile(const QString &Fragment)
 ServerReply PostGlobals(RequestContext &Context)
 {
     if (!Context.User.Admin)
-        return ServerReply::Error(403, QStringLiteral("Only a system administrator can change the settings."));
+        return ServerReply::Refusal(QStringLiteral("Only a system administrator can change the settings."));
     if (auto bad = CheckFragment(Context.Client.Body, QStringLiteral("GlobalSettings")))
         return *bad;
     const GlobalSettings before = Global.Settings;
@@ -67,7 +67,7 @@ ServerReply PostGlobals(RequestContext &Context)
     if (!WriteSettingsFile(SaveGlobalData(true))) {
         Global.Settings = before;
         Context.Services.Log.Add(QStringLiteral("* ") + SettingsFile + QStringLiteral(" could not be written."));
-        return ServerReply::Error(500, QStringLiteral("The settings could not be saved."));
+        return ServerReply::Refusal(QStringLiteral("The settings could not be saved."));
     }
     Context.Services.Log.Add(QStringLiteral("Settings saved by ") + Context.User.Username);
     return ServerReply::Ok();

@@ -88,6 +88,11 @@ clsUser *UserPasswords::Authenticate(const QString &Username, const QString &Pas
     return nullptr;
 }
 
+bool UserPasswords::HasEmptyPassword(const QString &UserID)
+{
+    return Verify(UserID, MD5Hash(QString()));
+}
+
 bool UserPasswords::Verify(const QString &UserID, const QString &Supplied)
 {
     const QByteArray fingerprint = Fingerprint(Supplied);

@@ -26,6 +26,9 @@ public:
     void Set(const QString &UserID, const QString &Verifier);
     void Remove(const QString &UserID);
 
+    // True when the user's password is the empty one.
+    bool HasEmptyPassword(const QString &UserID);
+
     // The user of exactly that name whose password it is; nullptr otherwise,
     // and always for an empty name or password.
     clsUser *Authenticate(const QString &Username, const QString &Password);

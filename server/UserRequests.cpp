@@ -7,6 +7,7 @@
 #include "UserPasswords.h"
 #include "model/GlobalCollections.h"
 #include "model/ItemFragments.h"
+#include "store/clsMessageStore.h"
 
 #include <optional>
 
@@ -29,6 +30,12 @@ bool DeleteWithFolders(ConfigStore &Store, const std::function<bool(const clsUse
     });
 }
 
+void UsersChanged(RequestContext &Context)
+{
+    if (Context.Services.UsersChanged)
+        Context.Services.UsersChanged();
+}
+
 // In memory a user never holds a password: UserPasswords keeps the verifiers.
 ServerReply GetUsers(RequestContext &Context)
 {
@@ -41,9 +48,9 @@ ServerReply GetUser(RequestContext &Context)
         return *bad;
     const clsUser *user = Users().Item(Context.Client.UserID);
     if (!user)
-        return ServerReply::Error(404, QStringLiteral("There is no user with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no user with this ID."));
     if (!MayManageUser(Context.User, *user))
-        return ServerReply::Error(403, QStringLiteral("This user is not yours to see."));
+        return ServerReply::Refusal(QStringLiteral("This user is not yours to see."));
     return ServerReply::Ok(user->XML());
 }
 
@@ -82,17 +89,17 @@ ServerReply PostUser(RequestContext &Context)
     clsUser *stored = Users().Item(id);
     const QString refusal = RefusalToSave(Context.User, posted, stored);
     if (!refusal.isEmpty())
-        return ServerReply::Error(403, refusal);
+        return ServerReply::Refusal(refusal);
     posted.Username = posted.Username.trimmed();
     if (posted.Username.isEmpty())
-        return ServerReply::Error(200, QStringLiteral("A user needs a user name."));
+        return ServerReply::Refusal(QStringLiteral("A user needs a user name."));
     const clsUser *namesake = Users().Item(Users().UserNoFromName(posted.Username));
     if (namesake && namesake->ID != id)
-        return ServerReply::Error(200, QStringLiteral("A user already exists with this username."));
+        return ServerReply::Refusal(QStringLiteral("A user already exists with this username."));
     if (!Organizations().Item(posted.OrganizationID))
-        return ServerReply::Error(200, QStringLiteral("The user's organization does not exist."));
+        return ServerReply::Refusal(QStringLiteral("The user's organization does not exist."));
     if (stored && stored->Admin && !posted.Admin && AdministratorCount() == 1)
-        return ServerReply::Error(200, QStringLiteral("At least one system administrator must remain."));
+        return ServerReply::Refusal(QStringLiteral("At least one system administrator must remain."));
 
     // An empty password keeps the stored one; a new user without one has the
     // empty password.
@@ -113,6 +120,7 @@ ServerReply PostUser(RequestContext &Context)
         Context.Services.Push.DisconnectUser(id);
     Context.Services.Log.Add(QStringLiteral("User ") + posted.Username + QStringLiteral(" saved by ")
                              + Context.User.Username);
+    UsersChanged(Context);
     return ServerReply::Ok();
 }
 
@@ -123,17 +131,17 @@ ServerReply DeleteUser(RequestContext &Context)
     const QString id = Context.Client.UserID;
     const clsUser *user = Users().Item(id);
     if (!user)
-        return ServerReply::Error(404, QStringLiteral("There is no user with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no user with this ID."));
     if (!IsAdministrator(Context.User) || !MayManageUser(Context.User, *user))
-        return ServerReply::Error(403, QStringLiteral("This user is not yours to delete."));
+        return ServerReply::Refusal(QStringLiteral("This user is not yours to delete."));
     if (id == Context.User.ID)
-        return ServerReply::Error(200, QStringLiteral("You cannot delete your own user."));
+        return ServerReply::Refusal(QStringLiteral("You cannot delete your own user."));
     if (user->Admin && AdministratorCount() == 1)
-        return ServerReply::Error(200, QStringLiteral("At least one system administrator must remain."));
+        return ServerReply::Refusal(QStringLiteral("At least one system administrator must remain."));
 
     ConfigStore &store = Context.Services.Store;
     const bool saved = DeleteWithFolders(
-        store, [&](const clsUserFolder &folder) { return folder.UserID == id; }, [&] { return store.DeleteUser(id); });
+        store, [&](const clsUserFolder &folder) { return folder.UserID == id; }, [&] { return store.DeleteUser(id) && Context.Services.MessageStore.DeleteUser(id); });
     if (!saved)
         return StoreFailure(Context);
     const QString name = user->Username;
@@ -142,6 +150,7 @@ ServerReply DeleteUser(RequestContext &Context)
     Context.Services.Passwords.Remove(id);
     Context.Services.Push.DisconnectUser(id);
     Context.Services.Log.Add(QStringLiteral("User ") + name + QStringLiteral(" deleted by ") + Context.User.Username);
+    UsersChanged(Context);
     return ServerReply::Ok();
 }
 
@@ -169,13 +178,13 @@ ServerReply PostOrganization(RequestContext &Context)
     const clsUser &actor = Context.User;
     clsUserOrganization *stored = Organizations().Item(id);
     if (!actor.Admin && !(stored && actor.OrganizationAdmin && actor.OrganizationID == id))
-        return ServerReply::Error(403, QStringLiteral("This organization is not yours to change."));
+        return ServerReply::Refusal(QStringLiteral("This organization is not yours to change."));
     posted.Name = posted.Name.trimmed();
     if (posted.Name.isEmpty())
-        return ServerReply::Error(200, QStringLiteral("An organization needs a name."));
+        return ServerReply::Refusal(QStringLiteral("An organization needs a name."));
     const clsUserOrganization *namesake = Organizations().Item(Organizations().OrganizationNoFromName(posted.Name));
     if (namesake && namesake->ID != id)
-        return ServerReply::Error(200, QStringLiteral("An organization with this name already exists."));
+        return ServerReply::Refusal(QStringLiteral("An organization with this name already exists."));
     if (!posted.CreatedOn.isValid())
         posted.CreatedOn = stored ? stored->CreatedOn : clsUserOrganization().CreatedOn;
     // The limits are the server's to set.
@@ -196,7 +205,7 @@ ServerReply PostOrganization(RequestContext &Context)
     UserPasswords &passwords = Context.Services.Passwords;
     const bool renamed = previous && previous->Name != posted.Name;
     const bool saved = store.Write([&] {
-        if (!store.SaveOrganization(posted))
+        if (!store.SaveOrganization(posted) || !Context.Services.MessageStore.AddDaySummaryTokenTypes(id))
             return false;
         if (renamed)
             for (const clsUser *user : Users())
@@ -221,20 +230,20 @@ ServerReply DeleteOrganization(RequestContext &Context)
     if (auto bad = CheckIdentifier(Context, QStringLiteral("organizationid")))
         return *bad;
     if (!Context.User.Admin)
-        return ServerReply::Error(403, QStringLiteral("Only a system administrator can delete organizations."));
+        return ServerReply::Refusal(QStringLiteral("Only a system administrator can delete organizations."));
     const QString id = Context.Client.OrganizationID;
     const clsUserOrganization *organization = Organizations().Item(id);
     if (!organization)
-        return ServerReply::Error(404, QStringLiteral("There is no organization with this ID."));
+        return ServerReply::Refusal(QStringLiteral("There is no organization with this ID."));
     if (organization->NumUsers() > 0)
-        return ServerReply::Error(200, QStringLiteral("The organization still has users."));
+        return ServerReply::Refusal(QStringLiteral("The organization still has users."));
     if (organization->NumAccounts() > 0)
-        return ServerReply::Error(200, QStringLiteral("The organization still has accounts."));
+        return ServerReply::Refusal(QStringLiteral("The organization still has accounts."));
 
     ConfigStore &store = Context.Services.Store;
     const bool saved = DeleteWithFolders(
         store, [&](const clsUserFolder &folder) { return folder.OrganizationID == id; },
-        [&] { return store.DeleteOrganization(id); });
+        [&] { return store.DeleteOrganization(id) && Context.Services.MessageStore.DeleteOrganization(id); });
     if (!saved)
         return StoreFailure(Context);
     const QString name = organization->Name;

@@ -45,12 +45,13 @@ quint16 WebService::Listen(const QHostAddress &Address, quint16 Port, const QSsl
 {
     sslSetup(Tls);
     const quint16 port = listen(Address, Port);
-    for (QTcpServer *server : servers()) {
-        server->setMaxPendingConnections(MaxConnections);
-        if (auto *secure = qobject_cast<QSslServer *>(server)) {
-            secure->setHandshakeTimeout(HandshakeTimeout);
-            connect(secure, &QSslServer::startedEncryptionHandshake, this, &WebService::Watch);
-        }
+    if (port == 0 || servers().isEmpty())
+        return 0;
+    QTcpServer *server = servers().constLast();
+    server->setMaxPendingConnections(MaxConnections);
+    if (auto *secure = qobject_cast<QSslServer *>(server)) {
+        secure->setHandshakeTimeout(HandshakeTimeout);
+        connect(secure, &QSslServer::startedEncryptionHandshake, this, &WebService::Watch);
     }
     return port;
 }
@@ -87,35 +88,40 @@ void WebService::missingHandler(const QHttpServerRequest &Request, QTcpSocket *S
 {
     clsUserClient client;
     client.setURL(RequestAddress(Request));
-    Send(Request, Socket, client, ServerReply::Error(404, QStringLiteral("Unknown request.")));
+    Send(Request, Socket, client, ServerReply::Fault(404, QStringLiteral("Unknown request.")));
 }
 
 ServerReply WebService::Answer(const QHttpServerRequest &Request, QTcpSocket *Socket, const clsUserClient &Client)
 {
     if (!Client.DuplicateKey.isEmpty())
-        return ServerReply::Error(400, QStringLiteral("The query holds the key \"") + Client.DuplicateKey
+        return ServerReply::Refusal(QStringLiteral("The query holds the key \"") + Client.DuplicateKey
                                            + QStringLiteral("\" more than once."));
 
+    const QHostAddress peer = Request.remoteAddress();
+    if (m_throttle.IsBlocked(peer))
+        return ServerReply::Unauthorized();
     clsUser *user = m_services.Passwords.Authenticate(Client.Username, Client.Password);
     if (!user) {
         m_services.Log.Add(QStringLiteral("Access denied to \"") + Client.Username.left(100) + QStringLiteral("\" from ")
-                           + Request.remoteAddress().toString());
-        ServerReply denied;
-        denied.Status = 401;
-        return denied;
+                           + peer.toString());
+        const QString blocked = m_throttle.Failed(peer);
+        if (!blocked.isEmpty())
+            m_services.Log.Add(blocked);
+        return ServerReply::Unauthorized();
     }
+    m_throttle.Succeeded(peer);
 
     const RequestRoute *route = m_table.Find(Client.Name());
     if (!route)
-        return ServerReply::Error(404, QStringLiteral("Unknown request."));
+        return ServerReply::Fault(404, QStringLiteral("Unknown request: ") + Client.Name());
     const bool post = Request.method() == QHttpServerRequest::Method::Post;
     const bool get = Request.method() == QHttpServerRequest::Method::Get;
     if ((route->Verb == RequestVerb::Get && !get) || (route->Verb == RequestVerb::Post && !post)
         || (route->Verb == RequestVerb::Any && !get && !post))
-        return ServerReply::Error(405, route->Verb == RequestVerb::Post ? QStringLiteral("The request needs POST.")
+        return ServerReply::Fault(405, route->Verb == RequestVerb::Post ? QStringLiteral("The request needs POST.")
                                                                         : QStringLiteral("The request needs GET."));
 
-    RequestContext context{Client, *user, Request.remoteAddress(), Socket, m_services};
+    RequestContext context{Client, *user, peer, Socket, m_services};
     return route->Handler(context);
 }
 
@@ -129,7 +135,7 @@ void WebService::Send(const QHttpServerRequest &Request, QTcpSocket *Socket, con
     responder.writeStatusLine(QHttpServerResponder::StatusCode(Reply.Status));
     responder.writeHeader("Content-Type", Reply.ContentType);
     responder.writeHeader("Content-Length", QByteArray::number(body.size()));
-    responder.writeHeader("Content-Location", ContentLocation(Client));
+    responder.writeHeader("Content-Location", Reply.Refused ? QByteArray("/error") : ContentLocation(Client));
     responder.writeHeader("X-Powered-By", Global.ProductName.toUtf8());
     const bool close = ClosesAfterReply(Request);
     if (close)

@@ -1,4 +1,5 @@
 #pragma once
+#include "LogonThrottle.h"
 #include "RequestTable.h"
 
 #include <QAbstractHttpServer>
@@ -15,9 +16,10 @@ struct ServerServices;
 //
 // Every reply carries "Content-Location" with the request's name and its
 // parameters (never the credentials) and "X-Powered-By" with the product
-// name. Answers before a handler runs: 400 for a query that holds a key
-// twice, 401 with an empty body for credentials that fail, 404 for an
-// unknown name, 405 for the wrong verb. Connections are watched by a
+// name. Answers before a handler runs: 401 with an empty body for
+// credentials that fail and for every log-on of a client address that the
+// throttle holds back, a refusal for a query that holds a key twice, 404 for
+// an unknown name, 405 for the wrong verb. Connections are watched by a
 // ConnectionGuard each; at most MaxConnections are open at once.
 class WebService : public QAbstractHttpServer
 {
@@ -28,7 +30,8 @@ public:
 
     explicit WebService(ServerServices &Services, QObject *Parent = nullptr);
 
-    // Listens with TLS; the port listened on, 0 on failure.
+    // Listens with TLS; the port listened on, 0 on failure. After Close it
+    // can listen again, on another address; open connections go on.
     quint16 Listen(const QHostAddress &Address, quint16 Port, const QSslConfiguration &Tls);
     void Close();
 
@@ -44,6 +47,7 @@ private:
 
     ServerServices &m_services;
     RequestTable m_table;
+    LogonThrottle m_throttle;
     int m_open = 0;
 };
 

@@ -2,6 +2,7 @@
 #include <QDate>
 #include <QDateTime>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QString>
 #include <QStringList>
 #include <QList>
@@ -85,6 +86,7 @@ public:
     // that reads inside it cannot meet another writer; nothing on SQL Server.
     bool BeginTransaction();
     bool EndTransaction();
+    void RollbackTransaction();
     // Removes the processed queue rows and, when nothing else is left, shrinks
     // the queue file (SQLite only).
     bool ResetEdgeQueue();
@@ -106,10 +108,13 @@ public:
     // Deleting ------------------------------------------------------------
 
     qint64 DeleteOldMessages(const QString &AccountID, const QDateTime &Before);
-    // With a trigger: that trigger's stored messages and scheduled mail. With
-    // none: every row of the account in the store, its folders, pending and
-    // queued messages, its scheduled mail and its files in IMAP/Public/.
+    // The account's stored messages (only the trigger's when one is given),
+    // its folders, pending and queued messages, its scheduled mail and its
+    // files in IMAP/Public/.
     bool DeleteMessages(const QString &AccountID, const QString &TriggerID = QString());
+    // Everything of a deleted account: DeleteMessages, and the flags of its
+    // folders, its day summaries and its outgoing mail.
+    bool DeleteAccount(const QString &AccountID);
     // Scheduled rows of the Outbox of the account, narrowed to the trigger and
     // to a search in subject and addresses when given.
     qint64 DeleteScheduledEmails(const QString &AccountID, const QString &TriggerID = QString(),
@@ -117,7 +122,12 @@ public:
     // Messages, pending messages and statistics of the organization, or of
     // all when none is given, and their files in IMAP/Public/.
     bool ClearAllMailStore(const QString &OrganizationID = QString());
+    // The user's rows, its folders with every user's flags on them, and the
+    // messages, pending and queued rows and day summaries of its mailbox
+    // (the user's ID stands as the account).
     bool DeleteUser(const QString &UserID);
+    // The organization's users, folders with their flags, messages, pending
+    // rows and statistics, and the queued and outgoing mail of its accounts.
     bool DeleteOrganization(const QString &ID);
 
     // Message sets --------------------------------------------------------
@@ -183,8 +193,10 @@ public:
     // The message's tokens: the domain of its sender, its country and the
     // file type of each attachment.
     bool UpdateDaySummaryTokens(const clsMessage &Message);
-    // The built-in token types 1 to 3 of a new organization.
+    // The built-in token types 1 to 3 of an organization that has none yet.
     bool AddDaySummaryTokenTypes(const QString &OrganizationID);
+    // The same for every organization of the configuration.
+    bool AddMissingDaySummaryTokenTypes();
     // The report of "getdaysummary.xml": "<Lines>", a "<Line>" per row,
     // "</Lines>". Types below 1000 list the tokens of that type by day
     // (the "<Dated>...</Date>" pair is what the reader expects); 1000, 1001
@@ -202,6 +214,14 @@ public:
     // Like the store's other connections, the queue connection belongs to the
     // thread that opened the store: each worker thread of the engine opens a
     // clsMessageStore of its own and uses it alone.
+
+    // Whether a write to the queue is on disk before it returns (SQLite's
+    // full synchronous mode), as a reader of a source needs before it deletes
+    // the message at the source. The processor's writes to the queue (taking
+    // and releasing rows) need not be: a take lost to a power failure leaves
+    // the row waiting, a release lost leaves a taken row whose message is
+    // stored, which the next start releases. Set before opening.
+    bool DurableQueueWrites = true;
 
     // True when neither the store nor the queue (at any Processed) holds the
     // identity.
@@ -247,6 +267,49 @@ public:
     qint64 ReturnTakenEdgeQueue();
     // The name under which this process takes rows.
     static QString EdgeQueueTaker();
+    // Rows taken by this process that it could not store wait again.
+    bool ReturnEdgeQueueRecords(const QList<qint64> &RecordNos);
+    // After a run on a stored message (a reprocess): its trigger, folder,
+    // error and success in the store row of its identity. No trigger is
+    // stored as "-". False when it failed; Updated tells whether a row of the
+    // identity was there.
+    bool UpdateMessageStoreTrigger(const clsMessage &Message, bool *Updated = nullptr);
+    // Writes a stored message back to the queue to be run again: its
+    // headers and body as MIME text, marked "Postvane-Reprocess: 1" (and
+    // "Postvane-Spam: Yes" when Spam), without its former trigger; any queue
+    // row of its identity is replaced. The new RecordNo; 0 when the message
+    // is not there (in the folder, when one is given) or the queue refused.
+    qint64 SaveMessageToReprocess(const QString &FolderID, qint64 RecordNo, bool Spam = false);
+    // Settles the parked rows whose validation has expired, by their
+    // ValidateExpiresType: 0 stores the message as it is and deletes the row,
+    // 1 lets it be processed now, any other deletes it; a row of an account
+    // that no longer exists is deleted. The log line of each, ending in the
+    // row's number.
+    QStringList GetExpiredValidationMessage();
+    // The oldest row received with no trigger assigned (Processed 99) into
+    // Message: its RecordNo and MIME text, and the account, Source and UID
+    // of its process headers. False when there is none.
+    bool GetEdgeQueueNoTriggerAssigned(clsMessage &Message);
+    // The trigger chosen for such a row goes into its MIME text as
+    // "Postvane-TriggerID", and the row waits to be processed.
+    bool AssignEdgeQueueTrigger(qint64 RecordNo, const QString &TriggerID);
+    // A copy of the stored message in another folder: every column but
+    // RecordNo. The copy's RecordNo; 0 when there is no such message.
+    qint64 CopyMessage(qint64 RecordNo, const QString &ToFolderID);
+    // The stored message's headers, CR LF and body, as a file.
+    bool WriteMessageToFile(qint64 RecordNo, const QString &Path);
+    // Pending messages: kept whole until their turn. The row's RecordNo; 0
+    // when it failed.
+    qint64 AddToPendingStore(const clsMessage &Message);
+    qint64 AddEMLToPendingStore(const QString &AccountID, const QString &TriggerID, const QString &Source,
+                                const QString &UID, const QString &Mime);
+    // The oldest pending message into Message (its importance "NORMAL" when
+    // it names none), its row removed. False when there is none.
+    bool GetPendingMessage(clsMessage &Message);
+    // "<LastDates>" with an "<Account>" per account: its AccountID and the
+    // newest message date in the store and the queue of its IMAP, POP3 and
+    // RSS sources, in the tags the accounts read them from.
+    QString GetLastMessageDates();
     // A confirmed message waits again: Processed 0.
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry
@@ -274,15 +337,21 @@ private:
     std::optional<QVariant> Scalar(const QString &Connection, const QString &SQL, const QString &Routine);
     bool RunAll(const QString &Connection, const QStringList &Statements, const QString &Routine);
     QString SearchCondition(const QString &Columns, const QString &SearchText) const;
+    // The deletes of FolderFlags and MessageFlags on the folders that the
+    // condition on Folders picks; they run before the folders go.
+    QStringList FlagsOfFolders(const QString &FolderCondition) const;
     // Adds a row through a row set: its RecordNo (0 for a table without
     // one), -1 when it failed (reported under Routine).
     qint64 AddRow(const QString &Table, const QVariantMap &Values, const QString &Routine);
     qint64 AddQueueRow(const QVariantMap &Values, const QString &Routine);
     bool EnsureQueueColumns();
+    bool OpenQueue();
     // The oldest waiting row, taken by this process; 0 when none waits, -1 on failure.
     qint64 TakeEdgeQueueRow();
+    // The columns the processor reads of the row it takes; an empty record
+    // when none waits, nullopt on failure.
+    std::optional<QSqlRecord> TakeEdgeQueueRecord();
     qint64 AddMessageRow(const clsMessage &Message);
-    void RollbackTransaction();
 
     const QString m_store;
     const QString m_reader;

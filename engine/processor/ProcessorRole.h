@@ -3,6 +3,8 @@
 #include "engine/ServerRole.h"
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 // The message processor role: its threads take queued messages, run the
 // account's triggers on them and store them in the Message Store with their
@@ -28,8 +30,24 @@ public:
     int BatchSize = 64;
     int BatchMilliseconds = 200;
 
+    // How often the first thread settles expired validations, and archives.
+    int ValidationMilliseconds = 30000;
+    int ArchiveMilliseconds = 24 * 3600 * 1000;
+    // How long an idle thread rests before it looks at the queue again,
+    // unless Role.Wake() ends the rest.
+    int IdleMilliseconds = 250;
+
 private:
+    struct Worker;
     void Run(int ThreadNumber);
+    // Takes and processes up to BatchSize messages, stores them in one
+    // commit and releases their queue rows; the number taken.
+    int ProcessBatch(Worker &Thread);
+    // Stores the processed messages; false when the commit failed.
+    bool StoreBatch(Worker &Thread);
+    // Expired validations and the archive, when they are due.
+    void Housekeeping(Worker &Thread);
+    void Archive(Worker &Thread);
 
     ConfigurationCopy::Loader m_load;
 };

@@ -42,9 +42,10 @@ ServerFixture::~ServerFixture()
 bool ServerFixture::Start()
 {
     m_process.start(QStringLiteral(POSTVANE_SERVER_PROGRAM),
-                    {QStringLiteral("--data"), DataPath(), QStringLiteral("--port"), QStringLiteral("0"),
-                     QStringLiteral("--bind"), QStringLiteral("127.0.0.1")});
-    static const QRegularExpression listening(QStringLiteral("Listening on https://127\\.0\\.0\\.1:(\\d+)/"));
+                    QStringList{QStringLiteral("--data"), DataPath(), QStringLiteral("--port"), QStringLiteral("0"),
+                                QStringLiteral("--bind"), BindTo}
+                        + Arguments);
+    static const QRegularExpression listening(QStringLiteral("Listening on https://\\S+?:(\\d+)/"));
     QByteArray output;
     QDeadlineTimer deadline(30000);
     while (!deadline.hasExpired() && m_process.waitForReadyRead(int(qMax<qint64>(1, deadline.remainingTime())))) {
@@ -123,10 +124,12 @@ HttpReply ServerFixture::Finish(QNetworkReply *Reply, int TimeoutMs)
     return result;
 }
 
-QByteArray ServerFixture::RawExchange(const QByteArray &Data, int TimeoutMs)
+QByteArray ServerFixture::RawExchange(const QByteArray &Data, int TimeoutMs, const QString &From)
 {
     QSslSocket socket;
     socket.setSslConfiguration(AnyCertificate());
+    if (!From.isEmpty() && !socket.bind(QHostAddress(From)))
+        return QByteArray();
     socket.connectToHostEncrypted(QStringLiteral("127.0.0.1"), Port);
     if (!socket.waitForEncrypted(TimeoutMs))
         return QByteArray();

@@ -4,6 +4,7 @@
 #include <QNetworkReply>
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 // The reply of one request: status 0 when none came.
@@ -14,6 +15,9 @@ struct HttpReply
     QByteArray ContentLocation;
     QByteArray PoweredBy;
     QString Text() const { return QString::fromUtf8(Body); }
+    // The server refused a well-formed request: status 200, "Error: " and a
+    // reason, with the location the console shows in its message bar.
+    bool Refused() const { return Status == 200 && Body.startsWith("Error: ") && Body.size() > 8 && ContentLocation == "/error"; }
 };
 
 // A real postvane-server started from the build's bin folder, listening on a
@@ -34,6 +38,10 @@ public:
     bool Running() const { return m_process.state() != QProcess::NotRunning; }
 
     QString DataPath() const { return m_root.path() + QStringLiteral("/data/"); }
+    // The address Start has the server listen on.
+    QString BindTo = QStringLiteral("127.0.0.1");
+    // More arguments for Start ("--roles", "web").
+    QStringList Arguments;
     quint16 Port = 0;
     QString Problem;
 
@@ -53,8 +61,9 @@ public:
     static HttpReply Finish(QNetworkReply *Reply, int TimeoutMs = 20000);
 
     // Writes Data on a new TLS connection and returns what arrives until the
-    // server closes it or TimeoutMs pass.
-    QByteArray RawExchange(const QByteArray &Data, int TimeoutMs = 10000);
+    // server closes it or TimeoutMs pass. From names the client's own
+    // address (another one of the loopback range).
+    QByteArray RawExchange(const QByteArray &Data, int TimeoutMs = 10000, const QString &From = QString());
 
     QNetworkAccessManager Network;
 

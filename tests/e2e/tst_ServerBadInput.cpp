@@ -38,30 +38,27 @@ private slots:
     {
         QTest::addColumn<QString>("request");
         QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<int>("status");
         const QByteArray user = "<User><ID>New1</ID><UserName>new</UserName></User>";
-        QTest::newRow("body no fragment") << QStringLiteral("postuser.htm?userid=New1") << QByteArray("new user please") << 400;
+        QTest::newRow("body no fragment") << QStringLiteral("postuser.htm?userid=New1") << QByteArray("new user please");
         QTest::newRow("fragment of another kind") << QStringLiteral("postuser.htm?userid=New1")
-                                                  << QByteArray("<Organization><ID>New1</ID></Organization>") << 400;
-        QTest::newRow("cut fragment") << QStringLiteral("postuser.htm?userid=New1") << user.left(30) << 400;
-        QTest::newRow("id of another record") << QStringLiteral("postuser.htm?userid=Other") << user << 400;
-        QTest::newRow("id with blanks") << QStringLiteral("postuser.htm?userid=New%201") << user << 400;
-        QTest::newRow("id with markup") << QStringLiteral("postuser.htm?userid=%3CID%3E") << user << 400;
-        QTest::newRow("key twice") << QStringLiteral("postuser.htm?userid=New1&userid=New2") << user << 400;
-        QTest::newRow("credentials twice") << QStringLiteral("postuser.htm?userid=New1&username=Admin") << user << 400;
-        QTest::newRow("folder id with slash") << QStringLiteral("addfolder.xml?folderid=a/b&folder=x") << QByteArray() << 400;
-        QTest::newRow("folder without name") << QStringLiteral("addfolder.xml?folderid=NoName") << QByteArray() << 400;
-        QTest::newRow("settings no fragment") << QStringLiteral("postglobals.htm") << QByteArray("<Nonsense/>") << 400;
-        QTest::newRow("unknown folder") << QStringLiteral("deletefolder.xml?folderid=Missing1") << QByteArray() << 404;
+                                                  << QByteArray("<Organization><ID>New1</ID></Organization>");
+        QTest::newRow("cut fragment") << QStringLiteral("postuser.htm?userid=New1") << user.left(30);
+        QTest::newRow("id of another record") << QStringLiteral("postuser.htm?userid=Other") << user;
+        QTest::newRow("id with blanks") << QStringLiteral("postuser.htm?userid=New%201") << user;
+        QTest::newRow("id with markup") << QStringLiteral("postuser.htm?userid=%3CID%3E") << user;
+        QTest::newRow("key twice") << QStringLiteral("postuser.htm?userid=New1&userid=New2") << user;
+        QTest::newRow("credentials twice") << QStringLiteral("postuser.htm?userid=New1&username=Admin") << user;
+        QTest::newRow("folder id with slash") << QStringLiteral("addfolder.xml?folderid=a/b&folder=x") << QByteArray();
+        QTest::newRow("folder without name") << QStringLiteral("addfolder.xml?folderid=NoName") << QByteArray();
+        QTest::newRow("settings no fragment") << QStringLiteral("postglobals.htm") << QByteArray("<Nonsense/>");
+        QTest::newRow("unknown folder") << QStringLiteral("deletefolder.xml?folderid=Missing1") << QByteArray();
     }
     void malformedRequestsChangeNothing()
     {
         QFETCH(QString, request);
         QFETCH(QByteArray, body);
-        QFETCH(int, status);
         const HttpReply reply = body.isEmpty() ? server.Get(request) : server.Post(request, body);
-        QCOMPARE(reply.Status, status);
-        QVERIFY2(reply.Text().startsWith(QStringLiteral("Error: ")), reply.Body.constData());
+        QVERIFY2(reply.Refused(), reply.Body.constData());
         QCOMPARE(server.Get(QStringLiteral("getusers.xml")).Body, users);
         QCOMPARE(server.Get(QStringLiteral("getfolders.xml")).Body, folders);
         QVERIFY(server.Get(QStringLiteral("getglobals.xml")).Body.startsWith("<GlobalSettings>"));

@@ -75,6 +75,8 @@ class tst_ServerMessages : public QObject
     qint64 Count(const QString &Query, const QString &As = Admin)
     {
         const HttpReply reply = Get(QStringLiteral("countmessages.xml?") + Query, As);
+        if (reply.Refused())
+            return -1;
         return reply.Status == 200 ? reply.Text().toLongLong() : -reply.Status;
     }
     // The rows of a page, each split into its fields.
@@ -250,25 +252,22 @@ private slots:
     void malformedQueriesChangeNothing_data()
     {
         QTest::addColumn<QString>("request");
-        QTest::addColumn<int>("status");
-        QTest::newRow("no filter at all") << QStringLiteral("deletemessages.xml?accountid=&searchtext=") << 400;
-        QTest::newRow("folder with quote") << QStringLiteral("deletemessages.xml?folderid=F%27%20OR%20%271") << 400;
-        QTest::newRow("account with SQL") << QStringLiteral("deletemessages.xml?folderid=FolderA1&accountid=a%27)%20OR%20(1=1") << 400;
-        QTest::newRow("flag neither Y nor N") << QStringLiteral("deletemessages.xml?folderid=FolderA1&errorsonly=yes") << 400;
-        QTest::newRow("bad date") << QStringLiteral("deletemessages.xml?folderid=FolderA1&fromdate=2024-02-30") << 400;
-        QTest::newRow("record no number") << QStringLiteral("deletemessage.xml?folderid=FolderA1&recordno=1%20OR%201=1") << 400;
-        QTest::newRow("record zero") << QStringLiteral("deletemessage.xml?folderid=FolderA1&recordno=0") << 400;
-        QTest::newRow("unknown record") << QStringLiteral("deletemessage.xml?recordno=999999") << 404;
-        QTest::newRow("rows backwards") << QStringLiteral("getmessages.xml?folderid=FolderA1&fromrow=5&torow=2") << 400;
-        QTest::newRow("report no number") << QStringLiteral("getdaysummary.xml?accountid=-&searchtext=1;DROP") << 400;
+        QTest::newRow("no filter at all") << QStringLiteral("deletemessages.xml?accountid=&searchtext=");
+        QTest::newRow("folder with quote") << QStringLiteral("deletemessages.xml?folderid=F%27%20OR%20%271");
+        QTest::newRow("account with SQL") << QStringLiteral("deletemessages.xml?folderid=FolderA1&accountid=a%27)%20OR%20(1=1");
+        QTest::newRow("flag neither Y nor N") << QStringLiteral("deletemessages.xml?folderid=FolderA1&errorsonly=yes");
+        QTest::newRow("bad date") << QStringLiteral("deletemessages.xml?folderid=FolderA1&fromdate=2024-02-30");
+        QTest::newRow("record no number") << QStringLiteral("deletemessage.xml?folderid=FolderA1&recordno=1%20OR%201=1");
+        QTest::newRow("record zero") << QStringLiteral("deletemessage.xml?folderid=FolderA1&recordno=0");
+        QTest::newRow("unknown record") << QStringLiteral("deletemessage.xml?recordno=999999");
+        QTest::newRow("rows backwards") << QStringLiteral("getmessages.xml?folderid=FolderA1&fromrow=5&torow=2");
+        QTest::newRow("report no number") << QStringLiteral("getdaysummary.xml?accountid=-&searchtext=1;DROP");
     }
     void malformedQueriesChangeNothing()
     {
         QFETCH(QString, request);
-        QFETCH(int, status);
         const HttpReply reply = Get(request);
-        QCOMPARE(reply.Status, status);
-        QVERIFY(reply.Text().startsWith(u"Error: "));
+        QVERIFY2(reply.Refused(), reply.Body.constData());
         QCOMPARE(Count(QStringLiteral("folderid=FolderA1")), 4);
     }
 
@@ -298,8 +297,8 @@ private slots:
         QCOMPARE(Flags(invoice), QStringLiteral("2"));
 
         // A message asked for in a folder it isn't in is not there.
-        QCOMPARE(Get(QStringLiteral("getmessage.xml?folderid=FolderA2&recordno=") + Record(invoice)).Status, 404);
-        QCOMPARE(Get(QStringLiteral("markasunread.xml?folderid=FolderA2&recordno=") + Record(invoice)).Status, 404);
+        QVERIFY(Get(QStringLiteral("getmessage.xml?folderid=FolderA2&recordno=") + Record(invoice)).Refused());
+        QVERIFY(Get(QStringLiteral("markasunread.xml?folderid=FolderA2&recordno=") + Record(invoice)).Refused());
         QCOMPARE(Flags(invoice), QStringLiteral("2"));
     }
 
@@ -311,19 +310,18 @@ private slots:
                  QStringLiteral("OK"));
         QCOMPARE(Count(QStringLiteral("folderid=FolderA2")), 2);
         QCOMPARE(Subjects(QStringLiteral("folderid=FolderA3")), QStringList{QStringLiteral("Weekly report")});
-        QCOMPARE(Get(QStringLiteral("getmessage.xml?folderid=FolderA2&recordno=") + weekly).Status, 404);
+        QVERIFY(Get(QStringLiteral("getmessage.xml?folderid=FolderA2&recordno=") + weekly).Refused());
 
         // A message stays in its organization, and needs a folder to go to.
         const QString daily = Record(QStringLiteral("Daily note"));
         QCOMPARE(Get(QStringLiteral("movemessage.xml?folderid=FolderA2&recordno=") + daily + QStringLiteral("&movetofolderid=FolderB")).Text(),
                  QStringLiteral("Error: The folder belongs to another organization."));
-        QCOMPARE(Get(QStringLiteral("movemessage.xml?folderid=FolderA2&recordno=") + daily + QStringLiteral("&movetofolderid=Nowhere")).Status,
-                 404);
+        QVERIFY(Get(QStringLiteral("movemessage.xml?folderid=FolderA2&recordno=") + daily + QStringLiteral("&movetofolderid=Nowhere")).Refused());
         QCOMPARE(Count(QStringLiteral("folderid=FolderB")), 1);
 
         QCOMPARE(Ok(Get(QStringLiteral("deletemessage.xml?folderid=FolderA3&recordno=") + weekly)), QStringLiteral("OK"));
         QCOMPARE(Count(QStringLiteral("folderid=FolderA3")), 0);
-        QCOMPARE(Get(QStringLiteral("getmessage.xml?recordno=") + weekly).Status, 404);
+        QVERIFY(Get(QStringLiteral("getmessage.xml?recordno=") + weekly).Refused());
 
         QCOMPARE(Rows(QStringLiteral("folderid=FolderA2&searchtext=report")).size(), 1);
         QCOMPARE(Ok(Get(QStringLiteral("markasunread.xml?recordno=") + daily)), QStringLiteral("OK"));
@@ -347,14 +345,14 @@ private slots:
         QCOMPARE(Ok(Get(QStringLiteral("getdaysummary.xml?accountid=-&fromdate=2024-01-01&todate=2024-01-31&searchtext=1000"))),
                  QStringLiteral("<Lines></Lines>"));
         // Statistics of accounts are their organization's.
-        QCOMPARE(Get(period + QStringLiteral("1000"), QStringLiteral("alice")).Status, 403);
+        QVERIFY(Get(period + QStringLiteral("1000"), QStringLiteral("alice")).Refused());
     }
 
     void organizationAdministratorReachesOnlyItsOrganization()
     {
         const QString bob = QStringLiteral("bob");
         const QString invoice = Record(QStringLiteral("Invoice 1002"));
-        QCOMPARE(Count(QStringLiteral("folderid=FolderA1"), bob), -403);
+        QCOMPARE(Count(QStringLiteral("folderid=FolderA1"), bob), -1);
         // Without a folder the set is its organization's.
         QCOMPARE(Subjects(QStringLiteral("accountid=&searchtext="), bob), QStringList{QStringLiteral("Secret of Bolt")});
         QCOMPARE(Count(QStringLiteral("folderid=-&searchtext=e"), bob), 1);
@@ -364,15 +362,14 @@ private slots:
         for (const QString &request :
              {QStringLiteral("getmessage.xml?recordno="), QStringLiteral("markasunread.xml?recordno="),
               QStringLiteral("deletemessage.xml?recordno="), QStringLiteral("movemessage.xml?movetofolderid=FolderB&recordno=")})
-            QCOMPARE(Get(request + invoice, bob).Status, 403);
+            QVERIFY(Get(request + invoice, bob).Refused());
         QCOMPARE(Count(QStringLiteral("folderid=FolderA1")), 4);
         QCOMPARE(Count(QStringLiteral("folderid=FolderA1&searchtext=Invoice&matchesonly=Y")), 2);
         QCOMPARE(Flags(QStringLiteral("Invoice 1002")), QStringLiteral("0"));
 
         // Its own organization it does reach, and only that.
         QCOMPARE(Get(QStringLiteral("getmessage.xml?recordno=") + invoice, QStringLiteral("alice")).Status, 200);
-        QCOMPARE(Get(QStringLiteral("getmessage.xml?recordno=") + Record(QStringLiteral("Secret of Bolt")), QStringLiteral("alice")).Status,
-                 403);
+        QVERIFY(Get(QStringLiteral("getmessage.xml?recordno=") + Record(QStringLiteral("Secret of Bolt")), QStringLiteral("alice")).Refused());
         QCOMPARE(Count(QStringLiteral("searchtext=Secret"), QStringLiteral("alice")), 0);
     }
 
@@ -381,16 +378,15 @@ private slots:
         const QString carl = QStringLiteral("carl");
         QCOMPARE(Subjects(QStringLiteral("folderid=FolderA2"), carl), QStringList{QStringLiteral("Daily note")});
         QCOMPARE(Get(QStringLiteral("getmessage.xml?recordno=") + Record(QStringLiteral("Daily note")), carl).Status, 200);
-        QCOMPARE(Count(QStringLiteral("folderid=FolderA1"), carl), -403);
-        QCOMPARE(Count(QStringLiteral("searchtext=Invoice"), carl), -403);
-        QCOMPARE(Get(QStringLiteral("getmessage.xml?recordno=") + Record(QStringLiteral("Invoice 1001")), carl).Status, 403);
-        QCOMPARE(Get(QStringLiteral("movemessage.xml?recordno=") + Record(QStringLiteral("Daily note"))
+        QCOMPARE(Count(QStringLiteral("folderid=FolderA1"), carl), -1);
+        QCOMPARE(Count(QStringLiteral("searchtext=Invoice"), carl), -1);
+        QVERIFY(Get(QStringLiteral("getmessage.xml?recordno=") + Record(QStringLiteral("Invoice 1001")), carl).Refused());
+        QVERIFY(Get(QStringLiteral("movemessage.xml?recordno=") + Record(QStringLiteral("Daily note"))
                          + QStringLiteral("&movetofolderid=FolderA1"),
                      carl)
-                     .Status,
-                 403);
-        QCOMPARE(Get(QStringLiteral("deletemailstore.xml"), carl).Status, 403);
-        QCOMPARE(Get(QStringLiteral("testdbconnection.htm?text=x"), carl).Status, 403);
+                     .Refused());
+        QVERIFY(Get(QStringLiteral("deletemailstore.xml"), carl).Refused());
+        QVERIFY(Get(QStringLiteral("testdbconnection.htm?text=x"), carl).Refused());
         QCOMPARE(Count(QStringLiteral("folderid=FolderA2")), 1);
     }
 
@@ -435,7 +431,7 @@ private slots:
         QCOMPARE(Count(QStringLiteral("folderid=FolderB")), 0);
         QCOMPARE(Count(QStringLiteral("folderid=FolderA1")), 4);
 
-        QCOMPARE(Get(QStringLiteral("deletelog.xml"), QStringLiteral("alice")).Status, 403);
+        QVERIFY(Get(QStringLiteral("deletelog.xml"), QStringLiteral("alice")).Refused());
         QVERIFY(Get(QStringLiteral("getedgelog.xml")).Text().contains(QStringLiteral("Edge took Invoice 1001")));
         QCOMPARE(Ok(Get(QStringLiteral("deletelog.xml"))), QStringLiteral("OK"));
         QCOMPARE(Ok(Get(QStringLiteral("getedgelog.xml"))).contains(QStringLiteral("Edge took Invoice 1001")), false);

@@ -75,11 +75,14 @@ private slots:
     void failedCredentialsGetA401AndNothingElse()
     {
         QFETCH(QString, request);
-        QNetworkReply *pending = server.Send(QUrl(QStringLiteral("https://127.0.0.1:%1/").arg(server.Port) + request));
-        const HttpReply reply = ServerFixture::Finish(pending);
-        QCOMPARE(reply.Status, 401);
-        QVERIFY(reply.Body.isEmpty());
-        QCOMPARE(reply.PoweredBy, QByteArray("Postvane"));
+        // From an address of its own, so that these failures hold back no other test's log-ons.
+        const QByteArray reply = server.RawExchange(
+            "GET /" + request.toUtf8() + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n", 10000,
+            QStringLiteral("127.0.0.9"));
+        QVERIFY2(reply.startsWith("HTTP/1.1 401"), reply.constData());
+        QVERIFY(reply.endsWith("\r\n\r\n"));
+        QVERIFY(reply.contains("\r\nContent-Length: 0\r\n"));
+        QVERIFY(reply.contains("\r\nX-Powered-By: Postvane\r\n"));
     }
 
     void refusedPostChangesNothing()
@@ -131,7 +134,7 @@ private slots:
         QVERIFY(globals.Body.isEmpty());
         const HttpReply post = server.Post(QStringLiteral("postglobals.htm"), "<GlobalSettings></GlobalSettings>",
                                            QStringLiteral("plain"), QStringLiteral("pw"));
-        QCOMPARE(post.Status, 403);
+        QVERIFY(post.Refused());
         QVERIFY(server.Get(QStringLiteral("getglobals.xml")).Body.contains("<WebAccessPort>"));
     }
 

@@ -3,19 +3,16 @@
 #include "TestRegistry.h"
 #include "e2e/ServerFixture.h"
 
-#include "engine/sources/SourceMime.h"
 #include "model/clsAccount.h"
 
-#include <QSqlDatabase>
-#include <QSqlQuery>
 
 #include <QFile>
 #include <QSet>
 #include <QtTest>
 
-// A real server reading a real Dovecot: messages put into the mailbox are
-// queued after "checknow.xml", each once, also when the server is killed in
-// the middle of a read and started again.
+// A real server reading a real Dovecot: messages put into the mailbox are in
+// the message store after "checknow.xml", each once, also when the server is
+// killed in the middle of a read and started again.
 class tst_SourcesEndToEnd : public QObject
 {
     Q_OBJECT
@@ -42,26 +39,13 @@ class tst_SourcesEndToEnd : public QObject
         return account.XML().toUtf8();
     }
 
-    // The subjects of the account's messages in the edge queue, read as
-    // another process would read the file. (The message processor takes
-    // them from there into the store.)
+    // The subjects of the account's messages in the message store.
     QStringList StoredSubjects()
     {
+        const HttpReply reply = m_server.Get(QStringLiteral("getmessages.xml?accountid=E2E1&fromrow=1&torow=1000000"));
         QStringList subjects;
-        {
-            QSqlDatabase queue = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("EndToEndQueue"));
-            queue.setDatabaseName(m_server.DataPath() + QStringLiteral("EdgeQueue.db3"));
-            queue.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=5000"));
-            if (queue.open()) {
-                QSqlQuery rows(queue);
-                rows.exec(QStringLiteral("SELECT Mime FROM EdgeQueue WHERE AccountID='E2E1'"));
-                while (rows.next()) {
-                    const QByteArray mime = rows.value(0).toString().toUtf8();
-                    subjects << QString::fromUtf8(SourceMime::HeaderValue(mime, "Subject"));
-                }
-            }
-        }
-        QSqlDatabase::removeDatabase(QStringLiteral("EndToEndQueue"));
+        for (const QString &line : reply.Text().split(u'\n', Qt::SkipEmptyParts))
+            subjects << line.split(u'\t').value(5);
         return subjects;
     }
 
@@ -116,7 +100,7 @@ private slots:
         QCOMPARE(StoredSubjects().size(), 20);
     }
 
-    void aServerKilledMidReadQueuesEachMessageOnce()
+    void aServerKilledMidReadStoresEachMessageOnce()
     {
         constexpr int Count = 3000;
         for (int i = 1001; i < 1001 + Count; ++i)
