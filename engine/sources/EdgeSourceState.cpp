@@ -49,6 +49,7 @@ void EdgeSourceState::Load()
         dates.Pop3LastEmail = Date(file.value(QStringLiteral("ServerLastEmail")));
         dates.Pop3FromConfiguration = Date(file.value(QStringLiteral("ServerLastEmailConfigured")));
         dates.Pop3LastMessageNoChecked = file.value(QStringLiteral("ServerLastMessageNoChecked")).toInt();
+        dates.ImapUidValidity = file.value(QStringLiteral("IMAPUIDValidity")).toUInt();
         file.endGroup();
         m_accounts.insert(id, dates);
     }
@@ -65,6 +66,7 @@ void EdgeSourceState::Save(const QString &AccountID)
     file.setValue(QStringLiteral("ServerLastEmail"), Text(dates.Pop3LastEmail));
     file.setValue(QStringLiteral("ServerLastEmailConfigured"), Text(dates.Pop3FromConfiguration));
     file.setValue(QStringLiteral("ServerLastMessageNoChecked"), dates.Pop3LastMessageNoChecked);
+    file.setValue(QStringLiteral("IMAPUIDValidity"), dates.ImapUidValidity);
     file.endGroup();
 }
 
@@ -86,6 +88,11 @@ void EdgeSourceState::ApplyTo(clsAccount &Account)
     Account.ServerLastMessageNoChecked = dates.Pop3LastMessageNoChecked;
 }
 
+void EdgeSourceState::ApplyTo(SourceAccount &Source) const
+{
+    Source.ImapUidValidity = m_accounts.value(Source.AccountID).ImapUidValidity;
+}
+
 void EdgeSourceState::Checked(const clsAccount &Account, const QDateTime &Stamp)
 {
     Dates &dates = m_accounts[Account.AccountID];
@@ -103,5 +110,6 @@ void EdgeSourceState::Read(const SourceAccount &Source)
     dates.ImapLastEmail = Source.ImapLastEmail;
     dates.Pop3LastEmail = Source.Pop3LastEmail;
     dates.Pop3LastMessageNoChecked = Source.Pop3LastMessageNoChecked;
+    dates.ImapUidValidity = Source.ImapUidValidity;
     Save(Source.AccountID);
 }

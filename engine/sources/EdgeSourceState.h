@@ -21,6 +21,8 @@ public:
     void Load();
     // The account's LastChecked, dates and position from the state.
     void ApplyTo(clsAccount &Account);
+    // What the account has in the state that the account itself does not hold.
+    void ApplyTo(SourceAccount &Source) const;
     // The account was found due at Stamp.
     void Checked(const clsAccount &Account, const QDateTime &Stamp);
     // A read ended: the dates and position it moved on to.
@@ -34,6 +36,7 @@ private:
         QDateTime ImapLastEmail, ImapFromConfiguration;
         QDateTime Pop3LastEmail, Pop3FromConfiguration;
         int Pop3LastMessageNoChecked = 0;
+        quint32 ImapUidValidity = 0;
     };
 
     void Save(const QString &AccountID);

@@ -353,12 +353,21 @@ SourceReadResult ImapReader::Read(SourceAccount &Account, MessageSink &Sink)
         return failed({});
 
     const bool removing = Account.ImapMove || !Account.ImapLeaveMessageOn || Account.ImapDeleteAll;
+    // Arrivals up to this moment were read under the folder's old UIDs.
+    QDateTime readBefore;
+    if (Account.ImapServerIDs && Account.ImapUidValidity != 0 && Account.ImapUidValidity != uidValidity) {
+        readBefore = Account.ImapLastEmail;
+        result.Note = QStringLiteral("the folder's UIDVALIDITY changed from %1 to %2").arg(Account.ImapUidValidity).arg(uidValidity);
+    }
+    Account.ImapUidValidity = uidValidity;
     const QDateTime bound = Account.ImapLastEmail.isValid() ? QDateTime(Account.ImapLastEmail.date(), QTime(0, 0))
                                                             : QDateTime();
     QList<Listed> fresh;
     QList<quint32> known;
     for (const Listed &message : listed) {
         if (bound.isValid() && message.InternalDate.isValid() && message.InternalDate < bound)
+            continue;
+        if (readBefore.isValid() && message.InternalDate.isValid() && message.InternalDate <= readBefore)
             continue;
         const MessageSink::Identity identity = Sink.Lookup(Account.AccountID, Source(), message.Identity);
         if (identity == MessageSink::Identity::Unknown)

@@ -13,6 +13,10 @@
 // time, and then, as the account says, marked as seen, moved, deleted or
 // left. Messages queued by an earlier read that did not get that far (a
 // dropped connection, a killed process) are finished on the next read.
+//
+// A folder whose UIDVALIDITY changed has given its messages new UIDs: with
+// the server's IDs as identity, the messages that arrived up to the newest
+// one read before are taken as read already, and only later ones are new.
 class ImapReader : public SourceReader
 {
 public:

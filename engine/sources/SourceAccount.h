@@ -50,6 +50,7 @@ struct SourceAccount
     bool ImapMarkAsRead = true;
     bool ImapServerIDs = false;
     QDateTime ImapLastEmail;
+    quint32 ImapUidValidity = 0; // of the folder at the last read; 0 when never read
 
     bool AutoRun = false;
     QByteArray AutoRunMessageMime;

@@ -11,6 +11,8 @@ struct SourceReadResult
     int NewMessages = 0;
     bool Failed = false;
     QString Failure;
+    // Something the log should say of a read that went well.
+    QString Note;
 };
 
 // A reader of one kind of source. Read takes the account's new messages to

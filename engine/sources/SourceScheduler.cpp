@@ -178,6 +178,7 @@ void SourceScheduler::Start(clsAccount &Account)
         m_running.insert(Account.AccountID);
     }
     SourceAccount source = SourceAccount::From(Account);
+    m_state.ApplyTo(source);
     source.Imap.TimeoutSeconds = TimeoutSeconds;
     source.Pop3.TimeoutSeconds = TimeoutSeconds;
     m_pool.start([this, source, readers]() mutable {
@@ -195,6 +196,8 @@ void SourceScheduler::Start(clsAccount &Account)
                     QString line = QStringLiteral("Account ") + source.Name + QStringLiteral(": ") + Where(*reader, source)
                         + QStringLiteral(", ") + QString::number(result.NewMessages) + QStringLiteral(" new message")
                         + (result.NewMessages == 1 ? QString() : QStringLiteral("s"));
+                    if (!result.Note.isEmpty())
+                        line += QStringLiteral(" (") + result.Note + u')';
                     if (result.Failed)
                         line = QStringLiteral("* ") + line + QStringLiteral(", failed: ") + result.Failure;
                     m_log.Add(line);

@@ -255,6 +255,28 @@ private slots:
         QCOMPARE(sink.Duplicates, 0);
     }
 
+    void serverIdsSurviveANewUidValidityByArrival()
+    {
+        for (int i = 1; i <= 4; ++i)
+            m_dovecot.Deliver(TestMessage(i));
+        SourceAccount account = Account();
+        RecordingSink sink;
+        QCOMPARE(ImapReader().Read(account, sink).NewMessages, 4);
+        QVERIFY(account.ImapUidValidity != 0);
+
+        m_dovecot.Stop();
+        for (const QString &file : QDir(m_dovecot.MailDir()).entryList({QStringLiteral("dovecot*")}, QDir::Files))
+            QFile::remove(m_dovecot.MailDir() + u'/' + file);
+        QVERIFY(m_dovecot.Start());
+        QTest::qWait(1100); // arrivals are told apart by the second
+        m_dovecot.Deliver(TestMessage(5));
+        const SourceReadResult result = ImapReader().Read(account, sink);
+        QCOMPARE(result.NewMessages, 1);
+        QVERIFY(result.Note.contains(QStringLiteral("UIDVALIDITY")));
+        QCOMPARE(TestMessageNumber(sink.Queued.last().Mime), 5);
+        QCOMPARE(sink.Duplicates, 0);
+    }
+
     void largeAndMalformedMessagesArriveWhole()
     {
         const QByteArray large = TestMessage(1, 25 * 1024 * 1024);
