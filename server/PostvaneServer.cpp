@@ -3,7 +3,9 @@
 #include "ServerLog.h"
 #include "ServerServices.h"
 #include "WebService.h"
+#include "engine/EdgeRole.h"
 #include "engine/ServerRoles.h"
+#include "engine/sources/SourceScheduler.h"
 #include "engine/processor/ProcessorRole.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Registry.h"
@@ -97,6 +99,8 @@ void PostvaneServer::StartRoles()
             QMetaObject::invokeMethod(&m_push, [this, accountID, reason] { PauseAccount(accountID, reason); },
                                       Qt::QueuedConnection);
         };
+    if (EdgeRole *edge = m_roles->Edge())
+        SourceScheduler::AddTo(*edge, Global.DataPath);
     m_roles->Start();
 }
 

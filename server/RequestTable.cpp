@@ -52,6 +52,7 @@ RequestTable BuildRequestTable()
     AddAccountRequests(table);
     AddMessageRequests(table);
     AddLogRequests(table);
+    AddSourceRequests(table);
     AddProcessorRequests(table);
     AddDeployRequests(table);
     return table;

@@ -9,6 +9,7 @@
 #include <QHttpServerResponder>
 #include <QSslServer>
 #include <QSslSocket>
+#include <QUrlQuery>
 
 namespace {
 
@@ -80,6 +81,13 @@ bool WebService::handleRequest(const QHttpServerRequest &Request, QTcpSocket *So
     clsUserClient client;
     client.setURL(RequestAddress(Request));
     client.Body = QString::fromUtf8(Request.body());
+    // The web service calls of client programs ("PostvaneWS.asmx/...") carry
+    // the credentials as the form fields UserName and Password.
+    if (client.Username.isEmpty() && client.Extension.startsWith(QStringLiteral("asmx/"))) {
+        const QUrlQuery form(QString(client.Body).replace(u'+', u' '));
+        client.Username = form.queryItemValue(QStringLiteral("UserName"), QUrl::FullyDecoded);
+        client.Password = form.queryItemValue(QStringLiteral("Password"), QUrl::FullyDecoded);
+    }
     Send(Request, Socket, client, Answer(Request, Socket, client));
     return true;
 }

@@ -1334,6 +1334,48 @@ bool clsMessageStore::ValidateRequired(qint64 RecordNo, const QString &ActionID,
         >= 0;
 }
 
+QList<qint64> clsMessageStore::AddEMLsToEdgeQueue(const QString &AccountID, const QString &Source,
+                                                  const QStringList &UIDs, const QList<QDateTime> &MessageDates,
+                                                  const QStringList &Mimes)
+{
+    const QString routine = QStringLiteral("AddEMLsToEdgeQueue");
+    QSqlDatabase queue = QSqlDatabase::database(QueueConnection(), false);
+    const bool sqlite = queue.driverName() == QStringLiteral("QSQLITE");
+    auto date = [sqlite](const QDateTime &Value) -> QVariant {
+        return sqlite ? QVariant(Value.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))) : QVariant(Value);
+    };
+    QList<qint64> records;
+    if (!queue.transaction()) {
+        LastError = queue.lastError().text();
+        LogError(routine, LastError);
+        return records;
+    }
+    QSqlQuery insert(queue);
+    insert.prepare(QStringLiteral("INSERT INTO EdgeQueue (AccountID,Source,UID,DateAdded,MessageDate,Mime,Processed) "
+                                  "VALUES (?,?,?,?,?,?,0)"));
+    const QVariant added = date(QDateTime::currentDateTime());
+    for (qsizetype i = 0; i < UIDs.size(); ++i) {
+        insert.addBindValue(AccountID);
+        insert.addBindValue(Source);
+        insert.addBindValue(UIDs.at(i));
+        insert.addBindValue(added);
+        insert.addBindValue(date(MessageDates.value(i)));
+        insert.addBindValue(Mimes.value(i));
+        if (!insert.exec()) {
+            LastError = insert.lastError().text();
+            break;
+        }
+        records << insert.lastInsertId().toLongLong();
+    }
+    if (records.size() == UIDs.size() && queue.commit())
+        return records;
+    if (LastError.isEmpty())
+        LastError = queue.lastError().text();
+    queue.rollback();
+    LogError(routine, LastError);
+    return {};
+}
+
 bool clsMessageStore::ReturnEdgeQueueRecords(const QList<qint64> &RecordNos)
 {
     if (RecordNos.isEmpty())

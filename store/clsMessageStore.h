@@ -5,6 +5,7 @@
 #include <QSqlRecord>
 #include <QString>
 #include <QStringList>
+#include <QList>
 #include <QVariant>
 
 #include <optional>
@@ -315,6 +316,12 @@ public:
     // and the confirmation text.
     bool ValidateRequired(qint64 RecordNo, const QString &ActionID, const QDateTime &Expires,
                           const QString &ConfirmationMessage);
+
+    // Several MIME texts of one account and source as new waiting rows, in
+    // one transaction of the queue connection: all are written or none. The
+    // RecordNo of each, in order; empty when the commit failed.
+    QList<qint64> AddEMLsToEdgeQueue(const QString &AccountID, const QString &Source, const QStringList &UIDs,
+                                     const QList<QDateTime> &MessageDates, const QStringList &Mimes);
 
 private:
     bool OpenOnce();
