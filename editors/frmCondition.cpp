@@ -5,6 +5,7 @@
 #include "model/clsAccount.h"
 #include "model/clsAccountTrigger.h"
 #include "store/Tokens.h"
+#include "workbench/TaskDialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,6 +14,7 @@
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -201,8 +203,9 @@ void frmCondition::DeleteRow()
 
 void frmCondition::Clear()
 {
-    if (QuestionBox(this, EditorText("CLEARCONDITION1", "Clear Condition"),
-                    EditorText("CLEARCONDITION2", "Are you sure you want to clear this condition?")) !=
+    if (ShowTaskDialog(this, EditorText("CLEARCONDITION1", "Clear Condition"),
+                       EditorText("CLEARCONDITION2", "Are you sure you want to clear this condition?"), QString(),
+                       QMessageBox::Yes | QMessageBox::No) !=
         QMessageBox::Yes)
         return;
     Store(QString());
@@ -222,7 +225,10 @@ QString frmCondition::ConditionXMLText() const
     }
     fragment.ScriptEnabled = ScriptEnabled;
     fragment.Script = Script;
-    return ConditionXML(fragment);
+    // The layout between the tags goes: a trigger stores the condition as it
+    // reads it back, without it, and so the server's copy reads the same.
+    static const QRegularExpression layout(QStringLiteral(">\\s+<"));
+    return ConditionXML(fragment).replace(layout, QStringLiteral("><")).trimmed();
 }
 
 void frmCondition::Store(const QString &Fragment)

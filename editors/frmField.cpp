@@ -431,6 +431,7 @@ void frmField::WriteTo(clsTriggerField &Target) const
     Target.LookFor = txtLookFor->text();
     Target.ThenLookFor = txtThenLookFor->text();
     Target.CaseSensitive = chkCase->isChecked();
+    Target.Block = chkBlock->isChecked();
     const int option = UntilGroup->checkedId();
     Target.Until_EndOfLine = option == 0;
     Target.Until_EndOfBody = option == 1;
@@ -589,7 +590,8 @@ void frmField::Preview()
         return;
     }
     Extractor.Subject = txtSubject->text();
-    Extractor.Body = txtHelper->toPlainText();
+    // Messages end their lines with CR LF, as the server reads them.
+    Extractor.Body = txtHelper->toPlainText().replace(u'\n', QStringLiteral("\r\n"));
     const int position = Trigger.FieldsToProcess().FieldPosition(&Field);
     if (position > 0) {
         // The fields before this one set the extract points, as in a run.
@@ -616,9 +618,14 @@ void frmField::Preview()
     if (probe.CheckSubjectLine) {
         txtSubject->setSelection(first.Position - 1, first.Length);
     } else {
+        // The box holds one character for each CR LF.
+        const QStringView body(Extractor.Body);
+        const qsizetype start = first.Position - 1;
+        const qsizetype startInBox = start - body.first(start).count(u'\r');
+        const qsizetype length = first.Length - body.sliced(start, first.Length).count(u'\r');
         QTextCursor cursor(txtHelper->document());
-        cursor.setPosition(first.Position - 1);
-        cursor.setPosition(first.Position - 1 + first.Length, QTextCursor::KeepAnchor);
+        cursor.setPosition(int(startInBox));
+        cursor.setPosition(int(startInBox + length), QTextCursor::KeepAnchor);
         txtHelper->setTextCursor(cursor);
         txtHelper->ensureCursorVisible();
     }
@@ -647,7 +654,7 @@ bool frmField::Accept()
     if (!ValidateControls())
         return false;
     WriteTo(Field);
-    Trigger.HelperMessage = txtHelper->toPlainText();
+    Trigger.HelperMessage = txtHelper->toPlainText().replace(u'\n', QStringLiteral("\r\n"));
     Trigger.HelperSubject = txtSubject->text();
     accept();
     return true;

@@ -14,6 +14,7 @@
 #include "model/clsAccount.h"
 #include "model/clsAccountTrigger.h"
 #include "session/frmRemote.h"
+#include "workbench/TaskDialog.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -692,9 +693,9 @@ bool frmTrigger::SaveChanges(bool *Saved)
     if (!Dirty)
         return true;
     const QMessageBox::StandardButton answer =
-        QuestionBox(this, EditorText("SAVETRIGGER1", "Save Changes?"),
-                    EditorText("SAVETRIGGER2", "Do you want to save the changes made to this Trigger?"),
-                    QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        ShowTaskDialog(this, EditorText("SAVETRIGGER1", "Save Changes?"),
+                       EditorText("SAVETRIGGER2", "Do you want to save the changes made to this Trigger?"), QString(),
+                       QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
     if (answer == QMessageBox::Cancel)
         return false;
     if (answer == QMessageBox::Yes) {
@@ -811,7 +812,7 @@ void frmTrigger::DeleteField()
 QString frmTrigger::CreateAction(const QString &Kind, const QString &AfterID, const QString &Defaults)
 {
     if (Kind.compare(QStringLiteral("DatabaseUpdate"), Qt::CaseInsensitive) == 0 && Trigger.DatabaseUpdate()) {
-        QMessageBox::warning(
+        ShowTaskDialog(
             this, EditorText("DBACTIONEXISTS", "Direct Database Update Already Added"),
             EditorText("DBACTIONEXISTS2",
                        "The Direct Database Update Action has already been added. Only one Direct Database Update "
