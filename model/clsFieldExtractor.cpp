@@ -25,6 +25,40 @@ qint32 FirstVisibleChar(QStringView text)
     return 0;
 }
 
+// The expression compiled, from a small table per thread: a repeating block
+// searches for the same two expressions thousands of times.
+const QRegularExpression &Compiled(const QString &expression, bool ignoreCase)
+{
+    constexpr qsizetype Kept = 16;
+    thread_local QList<std::pair<QString, QRegularExpression>> table;
+    const QRegularExpression::PatternOptions options =
+        ignoreCase ? QRegularExpression::CaseInsensitiveOption : QRegularExpression::NoPatternOption;
+    for (const auto &[pattern, compiled] : std::as_const(table))
+        if (compiled.patternOptions() == options && pattern == expression)
+            return compiled;
+    if (table.size() >= Kept)
+        table.removeFirst();
+    table.append({expression, QRegularExpression(expression, options)});
+    return table.last().second;
+}
+
+// The text, with any lone surrogate replaced by U+FFFD, one unit for one, so
+// that positions stay as they are.
+QString ValidText(const QString &text)
+{
+    if (text.isValidUtf16())
+        return text;
+    QString valid = text;
+    for (qsizetype i = 0; i < valid.size(); ++i) {
+        const QChar c = valid.at(i);
+        if (c.isHighSurrogate() && i + 1 < valid.size() && valid.at(i + 1).isLowSurrogate())
+            ++i;
+        else if (c.isSurrogate())
+            valid[i] = QChar::ReplacementCharacter;
+    }
+    return valid;
+}
+
 // Searches the text from Start on, as if the text began there: "^" anchors at
 // the start and the result is moved back to a position in the whole text.
 Hit Locate(QStringView text, const QString &expression, qint32 start, bool ignoreCase)
@@ -35,11 +69,13 @@ Hit Locate(QStringView text, const QString &expression, qint32 start, bool ignor
     if (expression == u"*") {
         hit.Start = FirstVisibleChar(searched);
     } else {
-        const QRegularExpression re(expression, ignoreCase ? QRegularExpression::CaseInsensitiveOption
-                                                           : QRegularExpression::NoPatternOption);
+        const QRegularExpression &re = Compiled(expression, ignoreCase);
         if (!re.isValid())
             return Hit{};
-        const QRegularExpressionMatch match = re.match(searched);
+        // Texts are made valid UTF-16 before searching (ValidText), so the
+        // match need not check the whole rest of the text on every search.
+        const QRegularExpressionMatch match =
+            re.match(searched, 0, QRegularExpression::NormalMatch, QRegularExpression::DontCheckSubjectStringMatchOption);
         if (!match.hasMatch())
             return Hit{};
         hit.Start = qint32(match.capturedStart() + 1);
@@ -159,7 +195,7 @@ qint32 clsFieldExtractor::Search(const QString &Text, const QString &Expression,
                                  bool WantMatchStart)
 {
     try {
-        return SearchIn(Text, Expression, Start, IgnoreCase, WantMatchStart);
+        return SearchIn(ValidText(Text), Expression, Start, IgnoreCase, WantMatchStart);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsFieldExtractor.Search"), error);
         return 0;
@@ -213,7 +249,7 @@ QList<clsFieldExtractor::FoundValue> clsFieldExtractor::Extract(const clsTrigger
 {
     QList<FoundValue> values;
     try {
-        const QString &text = Field.CheckSubjectLine ? Subject : Body;
+        const QString text = ValidText(Field.CheckSubjectLine ? Subject : Body);
         qint32 &lastPoint = Field.CheckSubjectLine ? LastSubjectExtractPoint : LastBodyExtractPoint;
         qint32 start = Field.StartFromLastExtractPoint == 1 ? lastPoint : 1;
         const int passes = Field.Block ? MaxBlockPasses : 1;

@@ -175,6 +175,20 @@ private slots:
         QVERIFY(editor.lblPreview->text().startsWith(QStringLiteral("Error in expression \"[EUR\"")));
     }
 
+    void aSampleWithABrokenCharacterStillPreviews()
+    {
+        auto trigger = SampleTrigger();
+        // A lone surrogate, as a cut-off text may bring, before the value.
+        trigger->HelperMessage = QStringLiteral("Note: ") + QChar(0xD800) + QStringLiteral("\r\nTotal: 12 EUR\r\n");
+        clsTriggerField field;
+        frmField editor(*trigger, field, true);
+        editor.optUntil.at(AnyChars)->setChecked(true);
+        editor.txtUntilChars->setText(QStringLiteral(" "));
+        editor.txtLookFor->setText(QStringLiteral("Total: "));
+        QCOMPARE(editor.lblPreview->text(), QStringLiteral("Value: 12"));
+        QCOMPARE(clsFieldExtractor::Search(trigger->HelperMessage, QStringLiteral("EUR"), 1, false, true), 20);
+    }
+
     void anEmptySampleShowsNothing()
     {
         clsAccountTrigger trigger;
