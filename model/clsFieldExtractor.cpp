@@ -28,8 +28,9 @@ qint32 FirstVisibleChar(QStringView text)
 
 // Compiling an expression costs more than most searches with it, and the
 // server searches with the same few expressions message after message: each
-// thread keeps what it compiled, up to a bound.
-const QRegularExpression &Compiled(const QString &expression, bool ignoreCase)
+// thread keeps what it compiled, up to a bound. A copy is returned (it shares
+// the compiled pattern), so that a caller may hold two while the table grows.
+QRegularExpression Compiled(const QString &expression, bool ignoreCase)
 {
     constexpr qsizetype Kept = 1000;
     thread_local QHash<QString, QRegularExpression> compiled[2];
@@ -41,6 +42,23 @@ const QRegularExpression &Compiled(const QString &expression, bool ignoreCase)
         kept.clear();
     return *kept.insert(expression, QRegularExpression(expression, ignoreCase ? QRegularExpression::CaseInsensitiveOption
                                                                               : QRegularExpression::NoPatternOption));
+}
+
+// The text, with any lone surrogate replaced by U+FFFD, one unit for one, so
+// that positions stay as they are.
+QString ValidText(const QString &text)
+{
+    if (text.isValidUtf16())
+        return text;
+    QString valid = text;
+    for (qsizetype i = 0; i < valid.size(); ++i) {
+        const QChar c = valid.at(i);
+        if (c.isHighSurrogate() && i + 1 < valid.size() && valid.at(i + 1).isLowSurrogate())
+            ++i;
+        else if (c.isSurrogate())
+            valid[i] = QChar::ReplacementCharacter;
+    }
+    return valid;
 }
 
 // Searches the text from Start on, as if the text began there: "^" anchors at
@@ -56,7 +74,10 @@ Hit Locate(QStringView text, const QString &expression, qint32 start, bool ignor
         const QRegularExpression &re = Compiled(expression, ignoreCase);
         if (!re.isValid())
             return Hit{};
-        const QRegularExpressionMatch match = re.match(searched);
+        // Texts are made valid UTF-16 before searching (ValidText), so the
+        // match need not check the whole rest of the text on every search.
+        const QRegularExpressionMatch match =
+            re.match(searched, 0, QRegularExpression::NormalMatch, QRegularExpression::DontCheckSubjectStringMatchOption);
         if (!match.hasMatch())
             return Hit{};
         hit.Start = qint32(match.capturedStart() + 1);
@@ -176,7 +197,7 @@ qint32 clsFieldExtractor::Search(const QString &Text, const QString &Expression,
                                  bool WantMatchStart)
 {
     try {
-        return SearchIn(Text, Expression, Start, IgnoreCase, WantMatchStart);
+        return SearchIn(ValidText(Text), Expression, Start, IgnoreCase, WantMatchStart);
     } catch (const std::exception &error) {
         LogError(QStringLiteral("clsFieldExtractor.Search"), error);
         return 0;
@@ -230,7 +251,7 @@ QList<clsFieldExtractor::FoundValue> clsFieldExtractor::Extract(const clsTrigger
 {
     QList<FoundValue> values;
     try {
-        const QString &text = Field.CheckSubjectLine ? Subject : Body;
+        const QString text = ValidText(Field.CheckSubjectLine ? Subject : Body);
         qint32 &lastPoint = Field.CheckSubjectLine ? LastSubjectExtractPoint : LastBodyExtractPoint;
         qint32 start = Field.StartFromLastExtractPoint == 1 ? lastPoint : 1;
         const int passes = Field.Block ? MaxBlockPasses : 1;

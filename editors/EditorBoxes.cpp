@@ -1,0 +1,20 @@
+#include "EditorBoxes.h"
+#include "foundation/GlobalBlock.h"
+#include "foundation/cDDict.h"
+
+QString EditorText(const char *Key, const char *Default)
+{
+    return DDict().GetString(QString::fromLatin1(Key), QString::fromUtf8(Default));
+}
+
+void WarningBox(QWidget *Parent, const QString &Text)
+{
+    QMessageBox::warning(Parent, Global.AppTitle, Text);
+}
+
+QMessageBox::StandardButton QuestionBox(QWidget *Parent, const QString &Title, const QString &Text,
+                                        QMessageBox::StandardButtons Buttons)
+{
+    QMessageBox box(QMessageBox::Question, Title.isEmpty() ? Global.AppTitle : Title, Text, Buttons, Parent);
+    return QMessageBox::StandardButton(box.exec());
+}
