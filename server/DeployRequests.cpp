@@ -21,7 +21,7 @@ ServerReply Forward(const QString &Request, const clsUserClient &Client, Request
 ServerReply DeployFolder(RequestContext &Context)
 {
     if (!IsAdministrator(Context.User))
-        return ServerReply::Error(403, QStringLiteral("Only an administrator may deploy folders."));
+        return ServerReply::Refusal(QStringLiteral("Only an administrator may deploy folders."));
     clsUserClient client = Context.Client;
     if (!client.ParentID.isEmpty() && !UserFolders().Item(client.ParentID))
         client.ParentID.clear();
@@ -35,7 +35,7 @@ ServerReply DeployFolder(RequestContext &Context)
 ServerReply DeployAccount(RequestContext &Context)
 {
     if (!IsAdministrator(Context.User))
-        return ServerReply::Error(403, QStringLiteral("Only an administrator may deploy accounts."));
+        return ServerReply::Refusal(QStringLiteral("Only an administrator may deploy accounts."));
     if (auto bad = CheckFragment(Context.Client.Body, clsAccount::ClassName))
         return *bad;
     clsUserClient client = Context.Client;
