@@ -1216,8 +1216,12 @@ bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
         return Message.HeaderValue(QLatin1String(Name)).trimmed();
     };
     QString accountID = header("Postvane-AccountID");
-    if (accountID.isEmpty())
-        accountID = row->value(1).toString();
+    if (accountID.isEmpty()) {
+        // The row's account is the message's, also for whoever reads its headers.
+        accountID = row->value(1).toString().trimmed();
+        if (!accountID.isEmpty())
+            Message.AddHeader(QStringLiteral("Postvane-AccountID"), accountID);
+    }
     Message.Account = Accounts().Item(accountID);
     const QString triggerID = header("Postvane-TriggerID");
     if (Message.Account && !triggerID.isEmpty())

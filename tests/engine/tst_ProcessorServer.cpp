@@ -301,7 +301,7 @@ private slots:
         parts += u"--b--\r\n"_s;
         QVERIFY(data.QueueText(u"A1"_s, u"parts"_s, parts));
         QVERIFY(Eventually([&] { return data.StoredCount() == 4; }));
-        QCOMPARE(data.Stored(u"SELECT TriggerID FROM MessageStore WHERE UID='plain'"_s).toString(), u"-"_s);
+        QCOMPARE(data.Stored(u"SELECT TriggerID||AccountID FROM MessageStore WHERE UID='plain'"_s).toString(), u"-A1"_s);
         QVERIFY(data.Stored(u"SELECT TriggerError FROM MessageStore WHERE UID='orphan'"_s)
                     .toString()
                     .contains(u"The account GONE does not exist"_s));
