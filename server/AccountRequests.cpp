@@ -303,17 +303,6 @@ ServerReply ReceivedAfterReset(RequestContext &Context)
         QStringLiteral("Sources of account ") + found.Account->Name + QStringLiteral(" rewound"));
 }
 
-// Interval accounts of the user's organization (of all organizations for a
-// system administrator) are read at once; accounts that run at set times
-// keep them.
-ServerReply CheckNow(RequestContext &Context)
-{
-    const clsUser &actor = Context.User;
-    Accounts().SetLastChecked(actor.Admin ? QString() : actor.OrganizationID);
-    Context.Services.Log.Add(QStringLiteral("Check for new messages now, asked by ") + actor.Username);
-    return ServerReply::Ok();
-}
-
 ServerReply PostTrigger(RequestContext &Context)
 {
     if (auto bad = CheckIdentifier(Context, QStringLiteral("triggerid")))
@@ -407,7 +396,6 @@ void AddAccountRequests(RequestTable &Table)
               [](RequestContext &Context) { return SetAccountEnabled(Context, true); });
     Table.Add(QStringLiteral("disableaccount.xml"), RequestVerb::Get,
               [](RequestContext &Context) { return SetAccountEnabled(Context, false); });
-    Table.Add(QStringLiteral("checknow.xml"), RequestVerb::Get, CheckNow);
     Table.Add(QStringLiteral("receivedafterreset.xml"), RequestVerb::Get, ReceivedAfterReset);
 
     Table.Add(QStringLiteral("gettriggers.xml"), RequestVerb::Get, [](RequestContext &Context) {
