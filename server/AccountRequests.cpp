@@ -303,9 +303,6 @@ ServerReply ReceivedAfterReset(RequestContext &Context)
         QStringLiteral("Sources of account ") + found.Account->Name + QStringLiteral(" rewound"));
 }
 
-// Interval accounts of the user's organization (of all organizations for a
-// system administrator) are read at once; accounts that run at set times
-// keep them.
 ServerReply PostTrigger(RequestContext &Context)
 {
     if (auto bad = CheckIdentifier(Context, QStringLiteral("triggerid")))

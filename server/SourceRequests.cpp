@@ -89,18 +89,23 @@ ServerReply AddMessage(RequestContext &Context)
     return WebServiceReply(QStringLiteral("OK"));
 }
 
+// Interval accounts of the user's organization (of all organizations for a
+// system administrator) are read at once; accounts that run at set times
+// keep them. The edge reads its own copy of the configuration: it is told
+// which accounts, and woken.
 ServerReply CheckNow(RequestContext &Context)
 {
-    QStringList accounts;
+    const clsUser &actor = Context.User;
+    Accounts().SetLastChecked(actor.Admin ? QString() : actor.OrganizationID);
+    QStringList due;
     for (clsAccount *account : Accounts()) {
-        if (account && account->Enabled && account->UserAccess(&Context.User))
-            accounts << account->AccountID;
+        if (account && account->MustCheckNow)
+            due << account->AccountID;
     }
-    SourceScheduler::CheckNow(accounts);
+    SourceScheduler::CheckNow(due);
     if (Context.Services.Roles && Context.Services.Roles->Edge())
         Context.Services.Roles->Edge()->Role.Wake();
-    Context.Services.Log.Add(QStringLiteral("Check for new messages now, asked by ") + Context.User.Username
-                             + QStringLiteral(": ") + QString::number(accounts.size()) + QStringLiteral(" accounts"));
+    Context.Services.Log.Add(QStringLiteral("Check for new messages now, asked by ") + actor.Username);
     return ServerReply::Ok();
 }
 
