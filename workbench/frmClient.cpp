@@ -674,6 +674,8 @@ void frmClient::ScheduleRefresh()
     QTimer::singleShot(0, this, [this] {
         m_refreshPending = false;
         RefreshStatistics();
+        // The accounts may be new objects: an open trigger list is refilled too.
+        List->ListedAccountID.clear();
         if (Global.Connected)
             ExplorerBar->ExplorerBarRefresh();
     });
