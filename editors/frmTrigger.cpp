@@ -1012,6 +1012,13 @@ void frmTrigger::CreateDroppedAction()
 
 frmTrigger *ShowTriggerEditor(clsAccount &Account, clsAccountTrigger *Trigger, QWidget *Parent)
 {
+    frmTrigger *editor = NewTriggerEditor(Account, Trigger, Parent);
+    editor->show();
+    return editor;
+}
+
+frmTrigger *NewTriggerEditor(clsAccount &Account, clsAccountTrigger *Trigger, QWidget *Parent)
+{
     std::unique_ptr<clsAccountTrigger> fresh;
     if (!Trigger) {
         fresh = std::make_unique<clsAccountTrigger>();
@@ -1022,6 +1029,5 @@ frmTrigger *ShowTriggerEditor(clsAccount &Account, clsAccountTrigger *Trigger, Q
     editor->setWindowFlag(Qt::Window);
     editor->setAttribute(Qt::WA_DeleteOnClose);
     editor->AdoptNewTrigger(std::move(fresh));
-    editor->show();
     return editor;
 }

@@ -52,5 +52,6 @@ RequestTable BuildRequestTable()
     AddAccountRequests(table);
     AddMessageRequests(table);
     AddLogRequests(table);
+    AddDeployRequests(table);
     return table;
 }

@@ -2,6 +2,7 @@
 #include "Requests.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Startup.h"
+#include "foundation/TextHelpers.h"
 #include "foundation/cDDict.h"
 #include "foundation/clsXML.h"
 #include "model/GlobalCollections.h"
@@ -220,27 +221,29 @@ void frmRemote::ShowServerError(const QString &Text)
                         + Text);
 }
 
-void frmRemote::SendAccount(const clsAccount &Account)
+bool frmRemote::SendAccount(const clsAccount &Account)
 {
-    HTTPPut(Requests::PostAccount(Account.AccountID), Account.XML());
+    return HTTPPut(Requests::PostAccount(Account.AccountID), Account.XML());
 }
 
-void frmRemote::SendTrigger(const clsAccountTrigger &Trigger)
+bool frmRemote::SendTrigger(const clsAccountTrigger &Trigger)
 {
     const QString accountID = Trigger.Parent ? Trigger.Parent->AccountID : QString();
-    HTTPPut(Requests::PostTrigger(accountID, Trigger.TriggerID), Trigger.XML());
+    return HTTPPut(Requests::PostTrigger(accountID, Trigger.TriggerID), Trigger.XML());
 }
 
-void frmRemote::SendUser(const clsUser &User)
+bool frmRemote::SendUser(const clsUser &User)
 {
-    HTTPPut(Requests::PostUser(User.ID), User.XML());
+    const bool stored = HTTPPut(Requests::PostUser(User.ID), User.XML());
     HTTPGet(Requests::GetFolders());
+    return stored;
 }
 
-void frmRemote::SendOrganization(const clsUserOrganization &Organization)
+bool frmRemote::SendOrganization(const clsUserOrganization &Organization)
 {
-    HTTPPut(Requests::PostOrganization(Organization.ID), Organization.XML());
+    const bool stored = HTTPPut(Requests::PostOrganization(Organization.ID), Organization.XML());
     HTTPGet(Requests::GetFolders());
+    return stored;
 }
 
 void frmRemote::ShowConnectError(const QString &Text)
@@ -510,6 +513,7 @@ void frmRemote::ShowPopup(const QString &Body)
     xml.Extract(popup.Title, QStringLiteral("Title"));
     if (settings.isEmpty())
         settings = QStringLiteral("-2147483635|1|0|0");
+    popup.Message = EntityDecode(popup.Message);
     if (popup.Message.isEmpty())
         popup.Message = QStringLiteral("New Message");
     if (popup.Title.isEmpty())

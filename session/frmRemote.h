@@ -93,10 +93,12 @@ public:
     bool HTTPGet(const QString &URL, int TimeOut = 0, bool Silent = false);
     // POST of a fragment as "text/xml"; never retried.
     bool HTTPPut(const QString &URL, const QString &Body);
-    void SendAccount(const clsAccount &Account);
-    void SendTrigger(const clsAccountTrigger &Trigger);
-    void SendUser(const clsUser &User);
-    void SendOrganization(const clsUserOrganization &Organization);
+    // Each posts the record's whole fragment: true when the server stored
+    // it. A user or an organization then has the folders fetched anew.
+    bool SendAccount(const clsAccount &Account);
+    bool SendTrigger(const clsAccountTrigger &Trigger);
+    bool SendUser(const clsUser &User);
+    bool SendOrganization(const clsUserOrganization &Organization);
 
     // Logs on with the session fields of the global block and runs the
     // bootstrap: 0 done, 1 wrong credentials, 2 failed.

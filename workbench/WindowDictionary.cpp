@@ -114,9 +114,8 @@ void GetCommandBar(const QString &Name, QWidget *Bar)
 
 void GetPanes(const QString &Name, const QList<QDockWidget *> &Panes)
 {
-    for (int i = 0; i < Panes.size(); ++i) {
-        QDockWidget *pane = Panes[i];
-        pane->setWindowTitle(
-            DDict().GetDD(QStringLiteral("PANES_") + Name, pane->objectName(), i + 1, pane->windowTitle()));
+    for (QDockWidget *pane : Panes) {
+        pane->setWindowTitle(DDict().GetDD(QStringLiteral("PANES_") + Name, pane->objectName(),
+                                           pane->property(PaneIDProperty).toInt(), pane->windowTitle()));
     }
 }

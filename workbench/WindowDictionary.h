@@ -24,5 +24,8 @@ void GetRibbonBar(const QString &Name, QTabWidget *Ribbon);
 // Every command of a tool bar, menu bar or menu, through sub-menus, as
 // "caption|tool tip|description" with the command's identifier (its data) as index.
 void GetCommandBar(const QString &Name, QWidget *Bar);
-// The titles of docking panes, the pane's name as property, its number from 1 as index.
+// A docking pane's id, a dynamic property of the pane set when it is made;
+// it stays the pane's own whatever order the panes are listed in.
+inline constexpr const char *PaneIDProperty = "PaneID";
+// The titles of docking panes, the pane's name as property, its id as index.
 void GetPanes(const QString &Name, const QList<QDockWidget *> &Panes);

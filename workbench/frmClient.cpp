@@ -1,10 +1,15 @@
 #include "frmClient.h"
+#include "RibbonBar.h"
+#include "ServerCommand.h"
 #include "TaskDialog.h"
 #include "WindowDictionary.h"
+#include "frmExplorerBar.h"
+#include "frmList.h"
 #include "frmLogin.h"
 #include "frmPopup.h"
 #include "frmService.h"
 #include "frmStartServices.h"
+#include "foundation/Formatting.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Registry.h"
 #include "foundation/Startup.h"
@@ -17,15 +22,18 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDesktopServices>
 #include <QDockWidget>
 #include <QFileInfo>
 #include <QFrame>
+#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QStatusBar>
-#include <QToolBar>
 #include <QToolButton>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace {
@@ -56,7 +64,7 @@ frmClient::frmClient(const QString &CommandLineServer, QWidget *parent)
     setWindowTitle(QStringLiteral("%APPNAME% Administrator"));
     setDockOptions(QMainWindow::AnimatedDocks | QMainWindow::AllowTabbedDocks);
     RestorePosition();
-    AccountsViewType = qint16(UserKey("AccountsViewType", QStringLiteral("0")).toInt());
+    AccountsViewType = qint16(UserKey("AccountsViewType", QStringLiteral("2")).toInt());
 
     setCentralWidget(CreateCentre());
     CreateCommandBar();
@@ -64,6 +72,9 @@ frmClient::frmClient(const QString &CommandLineServer, QWidget *parent)
     GetDDict(this);
     ConnectRemote();
     CreateLogPanes();
+    CreateNavigator();
+    ConnectCommands();
+    GetRibbonBar(objectName(), CommandBar);
     GetCommandBar(objectName(), CommandBar);
     GetPanes(objectName(), Panes);
     restoreState(QByteArray::fromBase64(UserKey("DockingLayout").toLatin1()));
@@ -143,45 +154,370 @@ QWidget *frmClient::CreateCentre()
     bar->addWidget(close);
     m_messageBar->hide();
     layout->addWidget(m_messageBar);
-    // The navigator's item list takes this place.
-    layout->addStretch(1);
     return centre;
+}
+
+QStringList frmClient::Themes()
+{
+    return {QStringLiteral("Blue"), QStringLiteral("Black"), QStringLiteral("Silver"), QStringLiteral("Scenic")};
+}
+
+QStringList frmClient::FontSizes()
+{
+    return {QStringLiteral("System Default"), QStringLiteral("Normal"), QStringLiteral("Large"), QStringLiteral("Extra Large")};
+}
+
+QAction *frmClient::Command(int ID) const
+{
+    return CommandBar->Command(ID);
 }
 
 void frmClient::CreateCommandBar()
 {
-    CommandBar = addToolBar(QStringLiteral("Commands"));
-    CommandBar->setObjectName(QStringLiteral("CommandBar"));
-    CommandBar->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    auto add = [this](int id, const QString &caption, const QString &toolTip) {
-        QAction *action = CommandBar->addAction(caption);
+    CommandBar = new RibbonBar(this);
+    setMenuWidget(CommandBar);
+    CreateAccountsTab();
+    CreateUsersTab();
+    CreateServiceTab();
+    CreateHelpTab();
+    CreateContextualTabs();
+    CreateSystemMenu();
+    CommandBar->setCurrentIndex(0);
+    connect(CommandBar, &QTabWidget::currentChanged, this, [this](int tab) {
+        // The Users tab shows the users; the accounts tab what it showed before.
+        if (tab == 1 && ExplorerBar->Showing != frmExplorerBar::PageUsers)
+            ExplorerBar->ExplorerBarUser();
+        else if (tab == 0 && ExplorerBar->Showing == frmExplorerBar::PageUsers)
+            ExplorerBar->ExplorerBarTop();
+    });
+}
+
+void frmClient::CreateAccountsTab()
+{
+    RibbonBar &ribbon = *CommandBar;
+    QWidget *tab = ribbon.AddTab(QStringLiteral("Accounts && Triggers"), QStringLiteral("Accounts & Triggers"));
+    QGroupBox *view = ribbon.AddGroup(tab, QStringLiteral("View"));
+    SelectionCommands << ribbon.AddCommand(view, ID_UPLEVEL, QStringLiteral("Up Level"), QString(), QStyle::SP_FileDialogToParent);
+    QGroupBox *action = ribbon.AddGroup(tab, QStringLiteral("Action"));
+    SelectionCommands << ribbon.AddCommand(action, ID_ADDACCOUNT, QStringLiteral("Add Account"),
+                                        QStringLiteral("Add Message Retrieval Account"), QStyle::SP_FileDialogNewFolder);
+    SelectionCommands << ribbon.AddCommand(action, ID_ADDTRIGGER, QStringLiteral("Add Trigger"), QString(),
+                                           QStyle::SP_FileIcon);
+    SelectionCommands << ribbon.AddCommand(action, ID_PROPERTIES, QStringLiteral("Properties"), QString(),
+                                           QStyle::SP_FileDialogDetailedView);
+    SelectionCommands << ribbon.AddCommand(action, ID_DELETE, QStringLiteral("Delete"), QString(), QStyle::SP_TrashIcon);
+    SelectionCommands << ribbon.AddCommand(action, ID_ENABLE, QStringLiteral("Enable"), QString(),
+                                           QStyle::SP_DialogApplyButton, false);
+    SelectionCommands << ribbon.AddCommand(action, ID_DISABLE, QStringLiteral("Disable"), QString(),
+                                           QStyle::SP_DialogCancelButton, false);
+    SelectionCommands << ribbon.AddCommand(action, ID_RUNWITH, QStringLiteral("Run With"), QString(),
+                                           QStyle::SP_MediaPlay, false);
+    SelectionCommands << ribbon.AddCommand(action, ID_COPYTRIGGER, QStringLiteral("Copy Trigger"), QString(),
+                                           QStyle::SP_FileLinkIcon, false);
+    SelectionCommands << ribbon.AddCommand(action, ID_PASTETRIGGER, QStringLiteral("Paste Trigger"), QString(),
+                                           QStyle::SP_DialogSaveButton, false);
+    QGroupBox *store = ribbon.AddGroup(tab, QStringLiteral("Message Store"));
+    ribbon.AddCommand(store, ID_VIEWPROCESSED, QStringLiteral("View Processed Messages"), QString(), QStyle::SP_DirOpenIcon);
+    ribbon.AddCommand(store, ID_VIEWSCHEDULED, QStringLiteral("View Scheduled Messages"), QString(),
+                      QStyle::SP_FileDialogContentsView, false);
+    ribbon.AddCommand(store, ID_VIEWMYMESSAGES, QStringLiteral("View My Messages"), QString(), QStyle::SP_DirHomeIcon, false);
+    ribbon.AddCommand(store, ID_VIEWDASHBOARD, QStringLiteral("View Dashboard"), QString(), QStyle::SP_ComputerIcon, false);
+    auto *deploy = new QAction(QStringLiteral("Deploy To"), this);
+    deploy->setData(ID_DEPLOYTO);
+    ribbon.AddMenuCommand(deploy);
+    SelectionCommands << deploy;
+    Command(ID_DELETE)->setShortcut(QKeySequence::Delete);
+    Command(ID_DELETE)->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    Command(ID_COPYTRIGGER)->setShortcut(QKeySequence::Copy);
+    Command(ID_COPYTRIGGER)->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    Command(ID_PASTETRIGGER)->setShortcut(QKeySequence::Paste);
+    Command(ID_PASTETRIGGER)->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+}
+
+void frmClient::CreateUsersTab()
+{
+    RibbonBar &ribbon = *CommandBar;
+    QWidget *tab = ribbon.AddTab(QStringLiteral("Users"));
+    QGroupBox *users = ribbon.AddGroup(tab, QStringLiteral("Users"));
+    SelectionCommands << ribbon.AddCommand(users, ID_ADDUSER, QStringLiteral("Add User"), QString(), QStyle::SP_FileDialogNewFolder);
+    SelectionCommands << ribbon.AddCommand(users, ID_EDITUSER, QStringLiteral("Edit User"), QString(),
+                                           QStyle::SP_FileDialogDetailedView);
+    SelectionCommands << ribbon.AddCommand(users, ID_DELETEUSER, QStringLiteral("Delete User"), QString(), QStyle::SP_TrashIcon);
+    ribbon.AddCommand(users, ID_VIEWUSERMESSAGES, QStringLiteral("View User's Messages"), QString(), QStyle::SP_DirOpenIcon);
+}
+
+void frmClient::CreateServiceTab()
+{
+    RibbonBar &ribbon = *CommandBar;
+    QWidget *tab = ribbon.AddTab(QStringLiteral("Service Status"));
+    QGroupBox *mail = ribbon.AddGroup(tab, QStringLiteral("Mail Server View"));
+    ribbon.AddCommand(mail, ID_PENDINGMESSAGES, QStringLiteral("Pending Messages"), QString(), QStyle::SP_FileDialogInfoView, false);
+    ribbon.AddCommand(mail, ID_RECENTLYSENT, QStringLiteral("Recently Sent Messages"), QString(), QStyle::SP_ArrowForward, false);
+    ribbon.AddCommand(mail, ID_RECENTLYFAILED, QStringLiteral("Recently Failed Messages"), QString(),
+                      QStyle::SP_MessageBoxWarning, false);
+    ribbon.AddCommand(mail, ID_MAILSERVERLOG, QStringLiteral("Mail Server Log"), QString(), QStyle::SP_FileDialogListView, false);
+    ribbon.AddCommand(mail, ID_POP3USERS, QStringLiteral("POP3 Users"), QString(), QStyle::SP_DirLinkIcon, false);
+    ribbon.AddCommand(mail, ID_IMAPUSERS, QStringLiteral("IMAP Users"), QString(), QStyle::SP_DirLinkIcon, false);
+    QGroupBox *statistics = ribbon.AddGroup(tab, QStringLiteral("Statistics"));
+    m_statAccounts = ribbon.AddLine(statistics, QString());
+    m_statTriggers = ribbon.AddLine(statistics, QString());
+    m_statEdgeQueue = ribbon.AddLine(statistics, QString());
+    QGroupBox *server = ribbon.AddGroup(tab, QStringLiteral("Server"));
+    ServerCommands << ribbon.AddCommand(server, ID_CHECKNOW, QStringLiteral("Check Now"),
+                                        QStringLiteral("Check For New Messages Now"), QStyle::SP_BrowserReload);
+    ServerCommands << ribbon.AddCommand(server, ID_CLEARSTORE, QStringLiteral("Clear Message Store"), QString(),
+                                        QStyle::SP_DialogResetButton);
+    QGroupBox *options = ribbon.AddGroup(tab, QStringLiteral("Options"));
+    ribbon.AddCommand(options, ID_OPTIONS, QStringLiteral("%APPNAME% Options"), QString(), QStyle::SP_FileDialogDetailedView);
+    ribbon.AddCommand(options, ID_PRINT, QStringLiteral("Print"), QString(), QStyle::SP_DriveFDIcon);
+    QGroupBox *look = ribbon.AddGroup(tab, QStringLiteral("View"));
+    for (const auto &[id, caption, icon] : {std::tuple{ID_VIEWICONS, "Icons", QStyle::SP_FileDialogContentsView},
+                                            std::tuple{ID_VIEWLIST, "List", QStyle::SP_FileDialogListView},
+                                            std::tuple{ID_VIEWREPORT, "Report", QStyle::SP_FileDialogDetailedView}}) {
+        QAction *kind = ribbon.AddCommand(look, id, QString::fromLatin1(caption), QString(), icon, false);
+        kind->setCheckable(true);
+    }
+    QGroupBox *refresh = ribbon.AddGroup(tab, QStringLiteral("Refresh"));
+    QAction *reload = ribbon.AddCommand(refresh, ID_REFRESH, QStringLiteral("Refresh"), QString(), QStyle::SP_BrowserReload);
+    reload->setShortcut(Qt::Key_F5);
+    ServerCommands << reload;
+}
+
+void frmClient::CreateHelpTab()
+{
+    RibbonBar &ribbon = *CommandBar;
+    QWidget *tab = ribbon.AddTab(QStringLiteral("Help"));
+    QGroupBox *help = ribbon.AddGroup(tab, QStringLiteral("Help"));
+    ribbon.AddCommand(help, ID_HELPTOPICS, QStringLiteral("Help Topics"), QString(), QStyle::SP_DialogHelpButton);
+    ribbon.AddCommand(help, ID_SUPPORTFORUM, QStringLiteral("Support Forum"), QString(), QStyle::SP_MessageBoxQuestion);
+    ribbon.AddCommand(help, ID_LIVECHAT, QStringLiteral("Live Chat"), QString(), QStyle::SP_MessageBoxInformation);
+    ribbon.AddCommand(help, ID_SUPPORTTICKET, QStringLiteral("Submit Support Ticket"), QString(), QStyle::SP_FileIcon);
+    ribbon.AddCommand(help, ID_TRAINING, QStringLiteral("Training && Professional Services"), QString(),
+                      QStyle::SP_DesktopIcon);
+}
+
+void frmClient::CreateContextualTabs()
+{
+    RibbonBar &ribbon = *CommandBar;
+    AccountSettingsTab = ribbon.AddTab(QStringLiteral("Account Settings"));
+    QGroupBox *source = ribbon.AddGroup(AccountSettingsTab, QStringLiteral("Message Source"));
+    int id = ID_GETVIAEMAIL;
+    for (const char *caption : {"Get Via Email", "Receive Via SMTP", "File Pickup", "CSV or Excel File Pickup",
+                                "Database Pull", "Web Page Lookup", "RSS Lookup", "Twitter Feed", "Network Users"})
+        ribbon.AddCommand(source, id++, QString::fromLatin1(caption), QString(), QStyle::SP_DirIcon, false)->setCheckable(true);
+    QGroupBox *account = ribbon.AddGroup(AccountSettingsTab, QStringLiteral("Account"));
+    ribbon.AddCommand(account, ID_ACCOUNTSAVE, QStringLiteral("Save"), QString(), QStyle::SP_DialogSaveButton);
+    ribbon.AddCommand(account, ID_ACCOUNTCANCEL, QStringLiteral("Cancel"), QString(), QStyle::SP_DialogCancelButton);
+
+    TriggerSettingsTab = ribbon.AddTab(QStringLiteral("Trigger Settings"));
+    QGroupBox *pages = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Trigger"));
+    id = ID_TRIGGERCONDITIONS;
+    for (const char *caption : {"Trigger Conditions", "Extracted Fields", "Trigger Actions", "Schedule", "Save To", "Notes"})
+        ribbon.AddCommand(pages, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileDialogDetailedView, false)
+            ->setCheckable(true);
+    QGroupBox *fields = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Extracted Fields"));
+    for (const char *caption : {"Add Field", "Edit Field", "Add Lookup Field", "Delete Field", "Move Up", "Move Down"})
+        ribbon.AddCommand(fields, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileIcon, false);
+    QGroupBox *actions = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Trigger Actions"));
+    for (const char *caption : {"Edit Action", "Delete Action", "Move Up", "Move Down"})
+        ribbon.AddCommand(actions, id++, QString::fromLatin1(caption), QString(), QStyle::SP_FileIcon, false);
+    QGroupBox *trigger = ribbon.AddGroup(TriggerSettingsTab, QStringLiteral("Save"));
+    ribbon.AddCommand(trigger, ID_TRIGGERSAVE, QStringLiteral("Save"), QString(), QStyle::SP_DialogSaveButton);
+    ribbon.AddCommand(trigger, ID_TRIGGERCANCEL, QStringLiteral("Cancel"), QString(), QStyle::SP_DialogCancelButton);
+    ShowContextualTab(nullptr);
+}
+
+void frmClient::ShowContextualTab(QWidget *Tab)
+{
+    CommandBar->SetTabShown(AccountSettingsTab, Tab == AccountSettingsTab);
+    CommandBar->SetTabShown(TriggerSettingsTab, Tab == TriggerSettingsTab);
+}
+
+void frmClient::CreateSystemMenu()
+{
+    RibbonBar &ribbon = *CommandBar;
+    QMenu *menu = ribbon.SystemMenu;
+    auto add = [this, menu](QMenu *into, int id, const QString &caption) {
+        QAction *action = into->addAction(caption);
         action->setData(id);
-        action->setToolTip(toolTip);
-        ServerCommands.append(action);
+        CommandBar->AddMenuCommand(action);
         return action;
     };
-    QAction *refresh = add(1, QStringLiteral("Refresh"), QStringLiteral("Refresh"));
-    refresh->setShortcut(Qt::Key_F5);
-    connect(refresh, &QAction::triggered, this, [] {
-        Remote().HTTPGet(Requests::GetUsers());
-        Remote().HTTPGet(Requests::GetAccounts());
+    QAction *minimize = add(menu, ID_MINIMIZERIBBON, QStringLiteral("Minimize the Ribbon"));
+    minimize->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_F1));
+    add(menu, ID_EXPANDRIBBON, QStringLiteral("Expand the Ribbon"));
+    menu->addSeparator();
+    QMenu *styles = menu->addMenu(QStringLiteral("Visual Styles"));
+    const QString theme = UserKey("Theme", Themes().first());
+    for (int i = 0; i < Themes().size(); ++i) {
+        QAction *choice = add(styles, ID_THEME + i, Themes()[i]);
+        choice->setCheckable(true);
+        choice->setChecked(Themes()[i] == theme);
+    }
+    QMenu *fonts = menu->addMenu(QStringLiteral("Font"));
+    const QString font = UserKey("FontSize", FontSizes().first());
+    for (int i = 0; i < FontSizes().size(); ++i) {
+        QAction *choice = add(fonts, ID_FONTSIZE + i, FontSizes()[i]);
+        choice->setCheckable(true);
+        choice->setChecked(FontSizes()[i] == font);
+    }
+    QAction *rightToLeft = add(menu, ID_RIGHTTOLEFT, QStringLiteral("Right To Left"));
+    rightToLeft->setCheckable(true);
+    rightToLeft->setChecked(UserKey("RightToLeft", QStringLiteral("false")) == QStringLiteral("true"));
+    menu->addSeparator();
+    add(menu, ID_HELP, QStringLiteral("Help"));
+
+    ribbon.QuickButton->setDefaultAction(minimize);
+    ribbon.QuickButton->setArrowType(Qt::UpArrow);
+    connect(&ribbon, &RibbonBar::MinimizedChanged, this, [this](bool minimized) {
+        CommandBar->QuickButton->setDefaultAction(Command(minimized ? ID_EXPANDRIBBON : ID_MINIMIZERIBBON));
+        CommandBar->QuickButton->setArrowType(minimized ? Qt::DownArrow : Qt::UpArrow);
     });
-    connect(add(2, QStringLiteral("Check For New Messages Now"), QStringLiteral("Check For New Messages Now")),
-            &QAction::triggered, this, [this] {
-                if (ShowTaskDialog(this, DictText("CHECKNOW1", "Check For New Messages Now?"),
-                                   DictText("CHECKNOW2", "All enabled Accounts will be checked for new messages now."),
-                                   QString(), QMessageBox::Yes | QMessageBox::No)
-                    == QMessageBox::Yes)
-                    Remote().HTTPGet(Requests::CheckNow());
-            });
-    connect(add(3, QStringLiteral("Clear Message Store"), QStringLiteral("Clear Message Store")), &QAction::triggered, this,
-            [this] {
-                if (ShowTaskDialog(this, DictText("CLEARMSGSTORE1", "Clear Message Store?"), QString(), QString(),
-                                   QMessageBox::Yes | QMessageBox::No)
-                    == QMessageBox::Yes
-                    && Remote().HTTPGet(Requests::DeleteMailStore()))
-                    Remote().HTTPGet(Requests::DeleteLog());
-            });
+}
+
+void frmClient::ChooseLook(const char *Key, const QString &Value)
+{
+    SaveUserKey(Key, Value);
+    QMessageBox::information(this, Global.AppTitle, DictText("RESTART", "Please restart the %APPNAME% Administrator"));
+}
+
+void frmClient::ConnectCommands()
+{
+    const QHash<int, std::function<void()>> handlers = {
+        {ID_UPLEVEL, [this] { ExplorerBar->ExplorerBarTop(); }},
+        {ID_ADDACCOUNT, [this] { ShowAccount(nullptr); }},
+        {ID_ADDTRIGGER, [this] { AddTrigger(); }},
+        {ID_PROPERTIES, [this] { OpenKey(List->SelectedKey()); }},
+        {ID_DELETE, [this] { DeleteSelected(); }},
+        {ID_ENABLE, [this] { EnableSelected(true); }},
+        {ID_DISABLE, [this] { EnableSelected(false); }},
+        {ID_COPYTRIGGER, [this] { CopyTrigger(); }},
+        {ID_PASTETRIGGER, [this] { PasteTrigger(); }},
+        {ID_ADDUSER, [this] { ShowUser(nullptr); }},
+        {ID_DEPLOYTO, [this] {
+             if (QDialog *dialog = MakeDeployDialog(List->CurrentAccountID, this)) {
+                 dialog->exec();
+                 delete dialog;
+             }
+         }},
+        {ID_EDITUSER, [this] { ShowUser(Users().Item(List->CurrentUserID)); }},
+        {ID_DELETEUSER, [this] { ExplorerBar->DeleteUser(); }},
+        {ID_VIEWICONS, [this] { List->SetView(frmList::ViewIcons); }},
+        {ID_VIEWLIST, [this] { List->SetView(frmList::ViewList); }},
+        {ID_VIEWREPORT, [this] { List->SetView(frmList::ViewReport); }},
+        {ID_REFRESH, [] {
+             Remote().HTTPGet(Requests::GetUsers());
+             Remote().HTTPGet(Requests::GetAccounts());
+         }},
+        {ID_CHECKNOW, [this] { CheckNow(); }},
+        {ID_CLEARSTORE, [this] { ClearMessageStore(); }},
+        {ID_MINIMIZERIBBON, [this] { CommandBar->SetMinimized(true); }},
+        {ID_EXPANDRIBBON, [this] { CommandBar->SetMinimized(false); }},
+        {ID_RIGHTTOLEFT, [this] {
+             ChooseLook("RightToLeft", Command(ID_RIGHTTOLEFT)->isChecked() ? QStringLiteral("true") : QStringLiteral("false"));
+         }},
+    };
+    for (auto handler = handlers.begin(); handler != handlers.end(); ++handler)
+        connect(Command(handler.key()), &QAction::triggered, this, handler.value());
+    const QString site = QStringLiteral("https://www.") + Global.AppDomain + u'/';
+    for (const auto &[id, page] : {std::pair{ID_HELPTOPICS, "help/"}, std::pair{ID_HELP, "help/"},
+                                   std::pair{ID_SUPPORTFORUM, "forum/"}, std::pair{ID_LIVECHAT, "chat/"},
+                                   std::pair{ID_SUPPORTTICKET, "support/"}, std::pair{ID_TRAINING, "training/"}}) {
+        connect(Command(id), &QAction::triggered, this,
+                [url = site + QString::fromLatin1(page)] { QDesktopServices::openUrl(QUrl(url)); });
+    }
+    for (int i = 0; i < Themes().size(); ++i)
+        connect(Command(ID_THEME + i), &QAction::triggered, this, [this, i] {
+            for (int other = 0; other < Themes().size(); ++other)
+                Command(ID_THEME + other)->setChecked(other == i);
+            ChooseLook("Theme", Themes()[i]);
+        });
+    for (int i = 0; i < FontSizes().size(); ++i)
+        connect(Command(ID_FONTSIZE + i), &QAction::triggered, this, [this, i] {
+            for (int other = 0; other < FontSizes().size(); ++other)
+                Command(ID_FONTSIZE + other)->setChecked(other == i);
+            ChooseLook("FontSize", FontSizes()[i]);
+        });
+    // The windows of these commands come with the message views, the
+    // dashboard, the mail server views, the options and the test run; until
+    // then they stay greyed.
+    for (int id : {ID_RUNWITH, ID_VIEWPROCESSED, ID_VIEWSCHEDULED, ID_VIEWMYMESSAGES, ID_VIEWDASHBOARD,
+                   ID_VIEWUSERMESSAGES, ID_PENDINGMESSAGES, ID_RECENTLYSENT, ID_RECENTLYFAILED, ID_MAILSERVERLOG,
+                   ID_POP3USERS, ID_IMAPUSERS, ID_OPTIONS, ID_PRINT})
+        Command(id)->setEnabled(false);
+    SelectionCommands.removeOne(Command(ID_RUNWITH));
+}
+
+void frmClient::CreateNavigator()
+{
+    List = new frmList(centralWidget());
+    centralWidget()->layout()->addWidget(List);
+    static_cast<QVBoxLayout *>(centralWidget()->layout())->setStretchFactor(List, 1);
+    List->SetView(AccountsViewType);
+    for (int id : {ID_DELETE, ID_COPYTRIGGER, ID_PASTETRIGGER})
+        List->addAction(Command(id));
+
+    frmExplorerBar::Tasks tasks;
+    tasks.AddAccount = Command(ID_ADDACCOUNT);
+    tasks.AddTrigger = Command(ID_ADDTRIGGER);
+    tasks.Properties = Command(ID_PROPERTIES);
+    tasks.Delete = Command(ID_DELETE);
+    tasks.RunWith = Command(ID_RUNWITH);
+    tasks.AddUser = Command(ID_ADDUSER);
+    tasks.DeleteUser = Command(ID_DELETEUSER);
+    tasks.UpLevel = Command(ID_UPLEVEL);
+    auto *dock = new QDockWidget(QStringLiteral("Navigator"), this);
+    dock->setObjectName(QStringLiteral("PaneNavigator"));
+    dock->setProperty(PaneIDProperty, 6);
+    dock->setFeatures(QDockWidget::DockWidgetMovable);
+    ExplorerBar = new frmExplorerBar(List, tasks, dock);
+    dock->setWidget(ExplorerBar);
+    addDockWidget(Qt::LeftDockWidgetArea, dock);
+    Panes.append(dock);
+
+    connect(List, &frmList::Opened, this, [this](const QString &key) {
+        if (key.startsWith(u'A')) {
+            // An account opens into its triggers, as in a folder view.
+            List->CurrentAccountID = key.mid(1);
+            List->CurrentTriggerID.clear();
+            ExplorerBar->ExplorerBarAccount();
+        } else {
+            OpenKey(key);
+        }
+    });
+    connect(List, &frmList::SelectionChanged, this, [this](const QString &key) {
+        if (key.startsWith(u'U'))
+            ExplorerBar->ExplorerBarUser();
+        else if (key.startsWith(u'T'))
+            ExplorerBar->ExplorerBarAccount();
+        UpdateCommands();
+    });
+    connect(List, &frmList::ContextMenuRequested, this, &frmClient::ShowListMenu);
+    connect(ExplorerBar, &frmExplorerBar::PageChanged, this, &frmClient::UpdateCommands);
+    for (QAction *kind : {Command(ID_VIEWICONS), Command(ID_VIEWLIST), Command(ID_VIEWREPORT)})
+        connect(kind, &QAction::triggered, this, [this] {
+            AccountsViewType = qint16(List->View());
+            for (int view = 0; view < 3; ++view)
+                Command(ID_VIEWICONS + view)->setChecked(view == AccountsViewType);
+        });
+    Command(ID_VIEWICONS + List->View())->setChecked(true);
+}
+
+void frmClient::ShowListMenu(const QPoint &Position)
+{
+    QMenu menu(this);
+    if (List->Level == frmList::LevelUsers) {
+        for (int id : {ID_ADDUSER, ID_EDITUSER, ID_DELETEUSER, ID_VIEWUSERMESSAGES})
+            menu.addAction(Command(id));
+    } else {
+        QAction *open = menu.addAction(QStringLiteral("Open"));
+        open->setEnabled(!List->SelectedKey().isEmpty() && Global.Connected);
+        connect(open, &QAction::triggered, this, [this] { emit List->Opened(List->SelectedKey()); });
+        for (int id : {ID_PROPERTIES, ID_ADDACCOUNT, ID_ADDTRIGGER, ID_VIEWPROCESSED, ID_VIEWSCHEDULED, ID_COPYTRIGGER,
+                       ID_PASTETRIGGER, ID_DELETE, ID_ENABLE, ID_DISABLE, ID_RUNWITH, ID_DEPLOYTO})
+            menu.addAction(Command(id));
+    }
+    menu.exec(Position);
 }
 
 void frmClient::CreateStatusBar()
@@ -204,22 +540,24 @@ void frmClient::CreateLogPanes()
     struct PaneName
     {
         frmService **Pane;
+        int ID;
         const char *Name;
         QString Title;
         QString Log;
     };
     const QString product = Global.ProductName;
     const PaneName names[] = {
-        {&LogPaneServer, "LogPaneServer", QStringLiteral("Server"), product + QStringLiteral("ServerLog.LOG")},
-        {&LogPaneEdge, "LogPaneEdge", QStringLiteral("Edge"), product + QStringLiteral("EdgeServerLog.LOG")},
-        {&LogPaneMessage, "LogPaneMessage", QStringLiteral("Message Processor"), product + QStringLiteral("MessageServerLog.LOG")},
-        {&LogPaneMailServer, "LogPaneMailServer", QStringLiteral("Mail Server"), QStringLiteral("SMTP.LOG")},
-        {&LogPaneOutgoing, "LogPaneOutgoing", QStringLiteral("Outgoing Email"), QStringLiteral("SMTPCLIENT.LOG")},
+        {&LogPaneServer, 1, "LogPaneServer", QStringLiteral("Server"), product + QStringLiteral("ServerLog.LOG")},
+        {&LogPaneEdge, 2, "LogPaneEdge", QStringLiteral("Edge"), product + QStringLiteral("EdgeServerLog.LOG")},
+        {&LogPaneMessage, 3, "LogPaneMessage", QStringLiteral("Message Processor"), product + QStringLiteral("MessageServerLog.LOG")},
+        {&LogPaneMailServer, 4, "LogPaneMailServer", QStringLiteral("Mail Server"), QStringLiteral("SMTP.LOG")},
+        {&LogPaneOutgoing, 5, "LogPaneOutgoing", QStringLiteral("Outgoing Email"), QStringLiteral("SMTPCLIENT.LOG")},
     };
     QDockWidget *first = nullptr;
     for (const PaneName &name : names) {
         auto *dock = new QDockWidget(name.Title, this);
         dock->setObjectName(QString::fromLatin1(name.Name));
+        dock->setProperty(PaneIDProperty, name.ID);
         *name.Pane = new frmService(name.Title, name.Log, dock);
         dock->setWidget(*name.Pane);
         addDockWidget(Qt::BottomDockWidgetArea, dock);
@@ -275,7 +613,7 @@ void frmClient::ConnectRemote()
             [this](frmRemote::LogPane pane, const QString &text) { LogPane(pane)->AddFirstLog(text); });
     connect(&remote, &frmRemote::RemoteLog, this,
             [this](frmRemote::LogPane pane, const QString &fragment) { LogPane(pane)->AddRemoteLog(fragment); });
-    connect(&remote, &frmRemote::AccountsRefreshed, this, &frmClient::RefreshStatistics);
+    connect(&remote, &frmRemote::AccountsRefreshed, this, &frmClient::ScheduleRefresh);
     connect(&remote, &frmRemote::PopupShown, this, &frmClient::ShowPopup);
 }
 
@@ -314,8 +652,33 @@ void frmClient::ShowConnectError(const QString &Text)
 
 void frmClient::RefreshStatistics()
 {
-    m_accounts->setText(DictText("STATACCOUNTS", "Accounts:") + u' ' + QString::number(Accounts().Count()));
-    m_triggers->setText(DictText("STATTRIGGERS", "Triggers:") + u' ' + QString::number(Accounts().TotalTriggers()));
+    const QString accounts = DictText("STATACCOUNTS", "Accounts:") + u' ' + QString::number(Accounts().Count());
+    const QString triggers = DictText("STATTRIGGERS", "Triggers:") + u' ' + QString::number(Accounts().TotalTriggers());
+    m_accounts->setText(accounts);
+    m_triggers->setText(triggers);
+    if (m_statAccounts) {
+        m_statAccounts->setText(accounts);
+        m_statTriggers->setText(triggers);
+        m_statEdgeQueue->setText(DictText("STATEDGEQUEUE", "Pending Edge Queue:") + u' '
+                                 + PendingEdgeQueue);
+    }
+}
+
+// A reply that replaced the accounts refreshes the navigator once the
+// request that brought it has ended, never inside its wait.
+void frmClient::ScheduleRefresh()
+{
+    if (m_refreshPending)
+        return;
+    m_refreshPending = true;
+    QTimer::singleShot(0, this, [this] {
+        m_refreshPending = false;
+        RefreshStatistics();
+        // The accounts may be new objects: an open trigger list is refilled too.
+        List->ListedAccountID.clear();
+        if (Global.Connected)
+            ExplorerBar->ExplorerBarRefresh();
+    });
 }
 
 QString frmClient::ConnectionText() const
@@ -336,8 +699,242 @@ void frmClient::ToolBarConnected(bool Connected)
     Global.Connected = Connected;
     for (QAction *command : ServerCommands)
         command->setEnabled(Connected);
+    UpdateCommands();
     RefreshServiceState();
     StatusText(QString());
+}
+
+void frmClient::UpdateCommands()
+{
+    const bool connected = Global.Connected;
+    const QString key = List ? List->SelectedKey() : QString();
+    const QChar kind = key.isEmpty() ? QChar() : key.at(0);
+    const bool accountOpen = List && !List->CurrentAccountID.isEmpty() && List->Level != frmList::LevelUsers;
+    const bool record = kind == u'A' || kind == u'T';
+    Command(ID_ADDTRIGGER)->setEnabled(connected && accountOpen && MakeTriggerEditor);
+    Command(ID_ADDACCOUNT)->setEnabled(connected && MakeAccountEditor);
+    Command(ID_PROPERTIES)->setEnabled(connected && record && (kind == u'A' ? bool(MakeAccountEditor) : bool(MakeTriggerEditor)));
+    Command(ID_DELETE)->setEnabled(connected && (record || kind == u'U'));
+    Command(ID_ENABLE)->setEnabled(connected && record);
+    Command(ID_DISABLE)->setEnabled(connected && record);
+    Command(ID_COPYTRIGGER)->setEnabled(connected && kind == u'T');
+    Command(ID_PASTETRIGGER)->setEnabled(connected && accountOpen && !CopiedTrigger.isEmpty());
+    Command(ID_ADDUSER)->setEnabled(connected && MakeUserEditor);
+    Command(ID_EDITUSER)->setEnabled(connected && kind == u'U' && MakeUserEditor);
+    Command(ID_DELETEUSER)->setEnabled(connected && kind == u'U');
+    Command(ID_DEPLOYTO)->setEnabled(connected && kind == u'A' && MakeDeployDialog);
+    Command(ID_UPLEVEL)->setEnabled(connected && List && List->Level != frmList::LevelAccounts);
+}
+
+bool frmClient::RaiseEditor(const char *Name, const QString &RecordID)
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == QLatin1String(Name) && window->property("RecordID").toString() == RecordID
+            && window->isVisible()) {
+            window->raise();
+            window->activateWindow();
+            return true;
+        }
+    }
+    return false;
+}
+
+void frmClient::OpenEditor(QWidget *Editor, const QString &Title, const QString &RecordID)
+{
+    if (!Editor)
+        return;
+    Editor->setProperty("RecordID", RecordID);
+    Editor->setWindowTitle(Title);
+    // What the editor saved shows in the list once it has closed.
+    connect(Editor, &QObject::destroyed, this, [this] {
+        if (Global.Connected)
+            ExplorerBar->ExplorerBarRefresh();
+    });
+    Editor->show();
+}
+
+void frmClient::ShowAccount(clsAccount *Account)
+{
+    if (!MakeAccountEditor)
+        return;
+    if (!Account) {
+        OpenEditor(MakeAccountEditor(nullptr), DictText("NEWACCOUNT", "New Account"), QString());
+        return;
+    }
+    const QString accountID = Account->AccountID;
+    if (RaiseEditor("frmAccount", accountID))
+        return;
+    if (!ServerCommand(Requests::GetAccount(accountID)) || !ServerCommand(Requests::GetTriggerConditions(accountID)))
+        return;
+    if ((Account = Accounts().Item(accountID)))
+        OpenEditor(MakeAccountEditor(Account), QStringLiteral("Account: ") + Account->Name, accountID);
+}
+
+void frmClient::ShowTrigger(clsAccount *Account, clsAccountTrigger *Trigger)
+{
+    if (!MakeTriggerEditor || !Account)
+        return;
+    const QString accountID = Account->AccountID;
+    if (!Trigger) {
+        OpenEditor(MakeTriggerEditor(Account, nullptr), QStringLiteral("New Trigger For ") + Account->Name, QString());
+        return;
+    }
+    const QString triggerID = Trigger->TriggerID;
+    if (RaiseEditor("frmTrigger", triggerID) || !ServerCommand(Requests::GetTrigger(accountID, triggerID)))
+        return;
+    Account = Accounts().Item(accountID);
+    Trigger = Account ? Account->Triggers.Item(triggerID) : nullptr;
+    if (Trigger)
+        OpenEditor(MakeTriggerEditor(Account, Trigger),
+                   QStringLiteral("Trigger: ") + Trigger->Name + QStringLiteral(" For ") + Account->Name, triggerID);
+}
+
+void frmClient::ShowUser(clsUser *User)
+{
+    if (!MakeUserEditor)
+        return;
+    if (!User) {
+        OpenEditor(MakeUserEditor(nullptr), DictText("NEWUSER", "New User"), QString());
+        return;
+    }
+    const QString userID = User->ID;
+    if (RaiseEditor("frmUser", userID) || !ServerCommand(Requests::GetUser(userID)))
+        return;
+    if ((User = Users().Item(userID)))
+        OpenEditor(MakeUserEditor(User), QStringLiteral("User: ") + User->Username, userID);
+}
+
+void frmClient::OpenKey(const QString &Key)
+{
+    if (Key.size() < 2 || !Global.Connected)
+        return;
+    const QString id = Key.mid(1);
+    switch (Key.at(0).unicode()) {
+    case u'A':
+        ShowAccount(Accounts().Item(id));
+        break;
+    case u'T':
+        if (clsAccount *account = Accounts().Item(List->CurrentAccountID))
+            ShowTrigger(account, account->Triggers.Item(id));
+        break;
+    case u'U':
+        ShowUser(Users().Item(id));
+        break;
+    }
+}
+
+void frmClient::AddTrigger()
+{
+    clsAccount *account = Accounts().Item(List->CurrentAccountID);
+    if (!account)
+        return;
+    if (Accounts().HasSamples() && account->Sample) {
+        const auto answer = ShowTaskDialog(
+            this, DictText("SAMPLETRIGGER1", "Please Note: This is the Samples account."),
+            DictText("SAMPLETRIGGER2", "Triggers created in the Samples account are for demonstration."),
+            DictText("NEWTRIGGER", "Do you want to create a new Trigger for this account?"), QMessageBox::Yes | QMessageBox::No);
+        if (answer != QMessageBox::Yes)
+            return;
+    }
+    ShowTrigger(account, nullptr);
+}
+
+void frmClient::DeleteSelected()
+{
+    const QString key = List->SelectedKey();
+    if (key.startsWith(u'A'))
+        ExplorerBar->DeleteAccount();
+    else if (key.startsWith(u'T'))
+        ExplorerBar->DeleteTrigger();
+    else if (key.startsWith(u'U'))
+        ExplorerBar->DeleteUser();
+}
+
+void frmClient::EnableSelected(bool Enable)
+{
+    const QString key = List->SelectedKey();
+    const QString accountID = List->CurrentAccountID;
+    if (key.startsWith(u'A')) {
+        const QString request = Enable ? Requests::EnableAccount(accountID) : Requests::DisableAccount(accountID);
+        if (ServerCommand(request))
+            Remote().HTTPGet(Requests::GetAccount(accountID));
+    } else if (key.startsWith(u'T')) {
+        const QString triggerID = key.mid(1);
+        const QString request = Enable ? Requests::EnableTrigger(accountID, triggerID)
+                                       : Requests::DisableTrigger(accountID, triggerID);
+        if (ServerCommand(request) && Remote().HTTPGet(Requests::GetTrigger(accountID, triggerID)))
+            Remote().HTTPGet(Requests::GetTriggerConditions(accountID));
+    } else {
+        return;
+    }
+    List->RefillList();
+}
+
+void frmClient::CopyTrigger()
+{
+    const QString key = List->SelectedKey();
+    const QString accountID = List->CurrentAccountID;
+    if (!key.startsWith(u'T') || !ServerCommand(Requests::GetTrigger(accountID, key.mid(1))))
+        return;
+    const clsAccount *account = Accounts().Item(accountID);
+    const clsAccountTrigger *trigger = account ? account->Triggers.Item(key.mid(1)) : nullptr;
+    if (!trigger)
+        return;
+    CopiedTrigger = trigger->XML();
+    UpdateCommands();
+}
+
+void frmClient::PasteTrigger()
+{
+    clsAccount *account = Accounts().Item(List->CurrentAccountID);
+    if (!account || CopiedTrigger.isEmpty())
+        return;
+    auto pasted = std::make_unique<clsAccountTrigger>();
+    pasted->setXML(CopiedTrigger);
+    pasted->TriggerID = NewUniqueID();
+    pasted->Name = QStringLiteral("Copy of ") + pasted->Name;
+    const QString accountID = account->AccountID;
+    const QString triggerID = pasted->TriggerID;
+    clsAccountTrigger *trigger = account->Triggers.Add(std::move(pasted));
+    if (!trigger)
+        return;
+    const bool stored = Remote().SendTrigger(*trigger);
+    account = Accounts().Item(accountID);
+    if (!stored && account)
+        account->Triggers.Delete(triggerID);
+    List->CurrentTriggerID = stored ? triggerID : List->CurrentTriggerID;
+    List->FillTriggerList();
+}
+
+void frmClient::CheckNow()
+{
+    if (ShowTaskDialog(this, DictText("CHECKNOW1", "Check For New Messages Now?"),
+                       DictText("CHECKNOW2", "All enabled Accounts will be checked for new messages now."), QString(),
+                       QMessageBox::Yes | QMessageBox::No)
+        == QMessageBox::Yes)
+        ServerCommand(Requests::CheckNow());
+}
+
+void frmClient::ClearMessageStore()
+{
+    if (ShowTaskDialog(this, DictText("CLEARMSGSTORE1", "Clear Message Store?"), QString(), QString(),
+                       QMessageBox::Yes | QMessageBox::No)
+            == QMessageBox::Yes
+        && ServerCommand(Requests::DeleteMailStore()))
+        ServerCommand(Requests::DeleteLog());
+}
+
+void frmClient::FirstConnect()
+{
+    RefreshStatistics();
+    List->CurrentAccountID.clear();
+    List->CurrentTriggerID.clear();
+    ExplorerBar->ExplorerBarTop();
+    if (const clsAccount *first = Accounts().Item(1)) {
+        List->CurrentAccountID = first->AccountID;
+        ExplorerBar->ExplorerBarAccount();
+    }
+    UpdateCommands();
 }
 
 void frmClient::RefreshServiceState()
@@ -404,6 +1001,8 @@ void frmClient::ConnectTick()
     }
     if (Global.IsLocal)
         ToolBarConnected(Global.Connected);
+    if (Global.Connected)
+        FirstConnect();
     if (!Global.IsLocal)
         setWindowTitle(Global.ProductName + QStringLiteral(" Administrator - ") + ConnectionText());
 }
@@ -423,11 +1022,13 @@ bool frmClient::ConfirmClose()
     const auto answer = ShowTaskDialog(this, DictText("CLOSE", "Close %APPNAME%?"), content, QString(),
                                        QMessageBox::Yes | QMessageBox::No,
                                        DictText("ASKEXIT", "Don't show this dialog again."), &dontAsk);
+    if (answer != QMessageBox::Yes)
+        return false;
     if (dontAsk) {
         Global.Settings.AskExit = false;
         SaveUserKey("AskExit", false);
     }
-    return answer == QMessageBox::Yes;
+    return true;
 }
 
 void frmClient::closeEvent(QCloseEvent *event)

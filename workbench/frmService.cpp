@@ -169,11 +169,14 @@ void frmService::AddFirstLog(const QString &Text)
 {
     GridSVC->setUpdatesEnabled(false);
     CurrentDate = QDate(2000, 1, 1);
+    // The grid scrolls once at the end, not after each line.
+    m_bulk = true;
     for (const QString &line : Text.split(u'\n')) {
         const QString text = LineText(line.toUtf8());
         if (!text.trimmed().isEmpty())
             AddLine(text);
     }
+    m_bulk = false;
     Repaint();
 }
 
@@ -188,7 +191,7 @@ void frmService::AddLine(const QString &Text)
     const bool stamped = colon > 0 && date.isValid();
     const QString message = stamped ? (blank < 0 ? QString() : Text.mid(blank + 1)) : Text;
 
-    const bool follow = AtLastRow();
+    const bool follow = !m_bulk && AtLastRow();
     if (stamped && date != CurrentDate) {
         AddRow(QString(), Global.ProductName + QStringLiteral(" Server Log For: ")
                               + QLocale::c().toString(date, QStringLiteral("dddd dd MMM yyyy")),

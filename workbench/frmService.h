@@ -73,4 +73,5 @@ private:
     void ShowMenu(const QPoint &Where);
 
     bool m_firstTick = true;
+    bool m_bulk = false; // lines of a first log are being added
 };

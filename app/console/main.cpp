@@ -1,3 +1,4 @@
+#include "editors/Editors.h"
 #include "workbench/Main.h"
 
 #include <QApplication>
@@ -5,5 +6,6 @@
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    RegisterEditors();
     return Main(app);
 }

@@ -256,6 +256,9 @@ private slots:
         plain.ShowPopup(QString());
         QCOMPARE(defaults[0].at(0).value<frmRemote::Popup>().Message, QStringLiteral("New Message"));
         QCOMPARE(defaults[0].at(0).value<frmRemote::Popup>().Colour, -2147483635);
+
+        plain.ShowPopup(PopupBody(QStringLiteral("Caf&#233; &#x263A;")));
+        QCOMPARE(defaults[1].at(0).value<frmRemote::Popup>().Message, QStringLiteral("Caf\u00e9 \u263a"));
     }
 
     void pushBlockCutInTwoArrivesWhole()

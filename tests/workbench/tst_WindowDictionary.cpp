@@ -67,12 +67,16 @@ private slots:
         QCOMPARE(refresh->text(), QStringLiteral("Neu laden"));
         QCOMPARE(refresh->toolTip(), QStringLiteral("Alles neu"));
 
+        // A pane is keyed by its id, not by where it stands in the list.
         QDockWidget first(QStringLiteral("Server"));
         first.setObjectName(QStringLiteral("LogPaneServer"));
+        first.setProperty(PaneIDProperty, 1);
         QDockWidget second(QStringLiteral("Edge"));
         second.setObjectName(QStringLiteral("LogPaneEdge"));
-        DDict().GetDD(QStringLiteral("PANES_frmMain"), QStringLiteral("LogPaneEdge"), 2, QStringLiteral("Rand"), true);
-        GetPanes(QStringLiteral("frmMain"), {&first, &second});
+        second.setProperty(PaneIDProperty, 5);
+        DDict().GetDD(QStringLiteral("PANES_frmMain"), QStringLiteral("LogPaneEdge"), 5, QStringLiteral("Rand"), true);
+        DDict().GetDD(QStringLiteral("PANES_frmMain"), QStringLiteral("LogPaneServer"), 2, QStringLiteral("Diener"), true);
+        GetPanes(QStringLiteral("frmMain"), {&second, &first});
         QCOMPARE(first.windowTitle(), QStringLiteral("Server"));
         QCOMPARE(second.windowTitle(), QStringLiteral("Rand"));
     }

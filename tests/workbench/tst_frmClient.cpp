@@ -33,7 +33,7 @@ private slots:
         frmClient client;
         client.ConnectTimer.stop();
         QLabel *status = client.statusBar()->findChild<QLabel *>(QStringLiteral("lblStatus"));
-        QCOMPARE(client.Panes.size(), 5);
+        QCOMPARE(client.Panes.size(), 6); // five log panes and the navigator
         QCOMPARE(client.Panes[2]->windowTitle(), QStringLiteral("Message Processor"));
 
         Global.ServerName = QStringLiteral("mail.example.com");
@@ -45,8 +45,8 @@ private slots:
         QCOMPARE(status->text(), QStringLiteral("Connected To Postvane On mail.example.com (Admin)"));
 
         Remote().ReceivePushBlock(QStringLiteral("serverclosing.xml"), QString());
-        for (QAction *command : client.ServerCommands)
-            QVERIFY(!command->isEnabled());
+        for (QAction *command : client.ServerCommands + client.SelectionCommands)
+            QVERIFY2(!command->isEnabled(), qPrintable(command->text()));
         QVERIFY(client.MessageBarVisible());
         QCOMPARE(client.MessageBarText(), QStringLiteral("The Postvane Server Has Closed."));
         QCOMPARE(status->text(), QStringLiteral("Not Connected To Postvane"));
@@ -76,11 +76,15 @@ private slots:
         client.ConnectTimer.stop();
         client.show();
         {
+            // A No with the box ticked changes nothing: the question comes again.
             ModalCloser closer(QMessageBox::No);
+            closer.TickVerification = true;
             client.close();
             QCOMPARE(closer.Texts.size(), 1);
             QVERIFY(closer.Texts[0].startsWith(QStringLiteral("Close Postvane?\nThe Postvane Service will continue running on the remote PC")));
         }
+        QVERIFY(Global.Settings.AskExit);
+        QVERIFY(GetUserSetting(Global.ProductName, QStringLiteral("AskExit")) != QStringLiteral("false"));
         QVERIFY(client.isVisible());
         QVERIFY(!client.ShutdownTimer.isActive());
 
