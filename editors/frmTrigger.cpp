@@ -1,6 +1,6 @@
 #include "frmTrigger.h"
 #include "EditorBoxes.h"
-#include "MarkupText.h"
+#include "workbench/MarkupDelegate.h"
 #include "frmCondition.h"
 #include "frmField.h"
 #include "frmTriggerAction.h"
@@ -283,6 +283,7 @@ QWidget *frmTrigger::MakeActionsTab()
 
     ReportActions = new QTreeWidget(page);
     ReportActions->setHeaderLabels({EditorText("GRIDACTIONS", "Actions")});
+    ReportActions->setItemDelegate(new MarkupDelegate(ReportActions));
     ReportActions->setAcceptDrops(true);
     ReportActions->viewport()->installEventFilter(this);
     ReportActions->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -449,7 +450,7 @@ void frmTrigger::FillWords()
 
 void frmTrigger::ShowCondition()
 {
-    lblCondition->setText(MarkupToHtml(QStringLiteral("<TextBlock>") + ConditionDisplay(Trigger.Condition, true, false) +
+    lblCondition->setText(MarkupDelegate::ToHtml(QStringLiteral("<TextBlock>") + ConditionDisplay(Trigger.Condition, true, false) +
                                        QStringLiteral("</TextBlock>")));
 }
 
@@ -578,9 +579,10 @@ void frmTrigger::FillActions()
     for (const ActionItem *each : list) {
         const ActionItem &action = *each;
         QTreeWidgetItem *parent = rows.value(list.IFBlockID(action.ID()));
-        const QString text = MarkupPlainText(action.ActionDescription());
+        const QString text = MarkupDelegate::PlainText(action.ActionDescription());
         auto *row = parent ? new QTreeWidgetItem(parent, {text}) : new QTreeWidgetItem(ReportActions, {text});
         row->setData(0, KeyRole, action.ID());
+        row->setData(0, MarkupDelegate::MarkupRole, action.ActionDescription());
         row->setToolTip(0, action.ClassDesc());
         if (!action.Enabled())
             row->setForeground(0, palette().color(QPalette::Disabled, QPalette::Text));
@@ -1012,6 +1014,13 @@ void frmTrigger::CreateDroppedAction()
 
 frmTrigger *ShowTriggerEditor(clsAccount &Account, clsAccountTrigger *Trigger, QWidget *Parent)
 {
+    frmTrigger *editor = NewTriggerEditor(Account, Trigger, Parent);
+    editor->show();
+    return editor;
+}
+
+frmTrigger *NewTriggerEditor(clsAccount &Account, clsAccountTrigger *Trigger, QWidget *Parent)
+{
     std::unique_ptr<clsAccountTrigger> fresh;
     if (!Trigger) {
         fresh = std::make_unique<clsAccountTrigger>();
@@ -1022,6 +1031,5 @@ frmTrigger *ShowTriggerEditor(clsAccount &Account, clsAccountTrigger *Trigger, Q
     editor->setWindowFlag(Qt::Window);
     editor->setAttribute(Qt::WA_DeleteOnClose);
     editor->AdoptNewTrigger(std::move(fresh));
-    editor->show();
     return editor;
 }

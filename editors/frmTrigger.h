@@ -164,3 +164,5 @@ private:
 // Opens the trigger editor of an account's trigger as a window of its own;
 // a null trigger edits a new one. The window deletes itself when closed.
 frmTrigger *ShowTriggerEditor(clsAccount &Account, clsAccountTrigger *Trigger, QWidget *Parent = nullptr);
+// The same window, not shown yet: for the main window, which shows it.
+frmTrigger *NewTriggerEditor(clsAccount &Account, clsAccountTrigger *Trigger, QWidget *Parent = nullptr);

@@ -1,7 +1,7 @@
 #include "frmTriggerAction.h"
 #include "EditorBoxes.h"
 #include "FieldsTree.h"
-#include "MarkupText.h"
+#include "workbench/MarkupDelegate.h"
 #include "frmCondition.h"
 #include "actions/ActionItem.h"
 #include "actions/clsActionSetVariable.h"
@@ -174,7 +174,7 @@ void frmTriggerAction::ShowCondition()
     const QString condition = Action->Condition();
     Tabs->setTabText(1, EditorText("CONDITIONTAB", "Condition"));
     Tabs->tabBar()->setTabTextColor(1, condition.isEmpty() ? palette().color(QPalette::WindowText) : QColor(Qt::blue));
-    lblCondition->setText(MarkupToHtml(QStringLiteral("<TextBlock TextWrapping='Wrap'>") +
+    lblCondition->setText(MarkupDelegate::ToHtml(QStringLiteral("<TextBlock TextWrapping='Wrap'>") +
                                        ConditionDisplay(condition, true, false) + QStringLiteral("</TextBlock>")));
 }
 
