@@ -199,13 +199,17 @@ bool DatabaseActionRun::Run(const QString &Of, const QString &Connection, int Ti
     int inserted = 0;
     int updated = 0;
     for (int attempt = 1; attempt <= 2; ++attempt) {
-        QSqlDatabase db = DatabaseConnections::Open(Connection, &problem, Timeout);
-        if (!db.isValid())
-            break;
-        inserted = updated = 0;
-        problem = RunOnce(db, Statements, &inserted, &updated);
+        {
+            QSqlDatabase db = DatabaseConnections::Open(Connection, &problem, Timeout);
+            if (!db.isValid())
+                break;
+            inserted = updated = 0;
+            problem = RunOnce(db, Statements, &inserted, &updated);
+            if (problem.isEmpty())
+                break;
+        }
         // A connection that no longer answers is opened anew once.
-        if (problem.isEmpty() || DatabaseConnections::StillAlive(Connection))
+        if (attempt == 2 || DatabaseConnections::StillAlive(Connection))
             break;
         m_log(Of + QStringLiteral(": the connection was lost; it is opened again"));
     }

@@ -182,12 +182,15 @@ bool DatabaseConnections::StillAlive(const QString &Text)
     const auto found = Connections.ByText.find(Text);
     if (found == Connections.ByText.end())
         return false;
-    QSqlDatabase db = QSqlDatabase::database(found->Name, false);
-    QSqlQuery ping(db);
-    if (db.isOpen() && ping.exec(QStringLiteral("SELECT 1")))
-        return true;
-    Discard(Text);
-    return false;
+    bool alive = false;
+    {
+        QSqlDatabase db = QSqlDatabase::database(found->Name, false);
+        QSqlQuery ping(db);
+        alive = db.isOpen() && ping.exec(QStringLiteral("SELECT 1"));
+    }
+    if (!alive)
+        Discard(Text);
+    return alive;
 }
 
 QString DatabaseConnections::Test(const QString &Text)
