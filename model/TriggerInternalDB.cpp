@@ -89,6 +89,7 @@ bool clsAccountTrigger::CreateTablesForTrigger(bool DropFirst) const
     }
     if (!CreateInternalDB())
         return false;
+    DatabaseConnections::ForgetStatements(Connection(*this));
     QSqlDatabase db = DatabaseConnections::Open(Connection(*this), &InternalDatabaseProblem);
     const QStringList existing = db.tables();
     for (const QString &table : InternalTables(FieldsToProcess())) {

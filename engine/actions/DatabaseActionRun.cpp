@@ -140,47 +140,53 @@ QString DatabaseActionRun::RunOnce(QSqlDatabase &Db, const Script &Statements, i
     const QList<NamedStatement> inserts = NamedStatement::Split(Statements.Insert);
     const QList<NamedStatement> updates = NamedStatement::Split(Statements.Update);
     const QList<NamedStatement> selects = NamedStatement::Split(Statements.Select);
-    const auto run = [&](QSqlQuery &Query, const NamedStatement &Statement, QString *Problem) {
-        if (!Query.prepare(Statement.Text)) {
-            *Problem = DatabaseConnections::Reason(Query.lastError(), QString());
-            return false;
+    const auto run = [&](const NamedStatement &Statement, QString *Problem) -> QSqlQuery * {
+        QSqlQuery *query = DatabaseConnections::Prepared(Db, Statement.Text, Problem);
+        if (!query)
+            return nullptr;
+        for (int n = 0; n < Statement.Names.size(); ++n)
+            query->bindValue(n, ParameterValue(Statement.Names.at(n), Problem));
+        if (!Problem->isEmpty())
+            return nullptr;
+        if (!query->exec()) {
+            *Problem = DatabaseConnections::Reason(query->lastError(), QString());
+            query->finish();
+            return nullptr;
         }
-        for (const QString &name : Statement.Names) {
-            const QVariant value = ParameterValue(name, Problem);
-            if (!Problem->isEmpty())
-                return false;
-            Query.addBindValue(value);
-        }
-        if (!Query.exec()) {
-            *Problem = DatabaseConnections::Reason(Query.lastError(), QString());
-            return false;
-        }
-        return true;
+        return query;
     };
     // Every value is checked before anything is sent.
     QString problem;
+    int statements = 0;
     for (const QList<NamedStatement> *list : {&inserts, &updates, &selects})
-        for (const NamedStatement &statement : *list)
+        for (const NamedStatement &statement : *list) {
+            statements += statement.IsEmpty() ? 0 : 1;
             for (const QString &name : statement.Names)
                 if (ParameterValue(name, &problem); !problem.isEmpty())
                     return problem;
-    if (!Db.transaction())
+        }
+    // A single statement is whole by itself; more go in one transaction.
+    const bool transaction = statements > 1;
+    if (transaction && !Db.transaction())
         return DatabaseConnections::Reason(Db.lastError(), QString());
     for (qsizetype n = 0; n < inserts.size() && problem.isEmpty(); ++n) {
         if (inserts.at(n).IsEmpty())
             continue;
-        QSqlQuery query(Db);
-        query.setForwardOnly(true);
         bool update = false;
         if (n < selects.size() && !selects.at(n).IsEmpty() && n < updates.size() && !updates.at(n).IsEmpty()) {
-            if (!run(query, selects.at(n), &problem))
+            QSqlQuery *select = run(selects.at(n), &problem);
+            if (!select)
                 break;
-            update = query.next();
-            query.finish();
+            update = select->next();
+            select->finish();
         }
-        if (run(query, update ? updates.at(n) : inserts.at(n), &problem))
+        if (QSqlQuery *done = run(update ? updates.at(n) : inserts.at(n), &problem)) {
+            done->finish();
             ++*(update ? Updated : Inserted);
+        }
     }
+    if (!transaction)
+        return problem;
     if (problem.isEmpty() && Db.commit())
         return QString();
     if (problem.isEmpty())

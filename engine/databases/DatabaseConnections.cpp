@@ -18,13 +18,16 @@ struct ThreadConnections
         QString Name;
         int Timeout = -1; // as last applied
         ConnectionString::DriverKind Kind = ConnectionString::Invalid;
+        QHash<QString, QSqlQuery> Prepared; // by statement text
     };
     QHash<QString, Entry> ByText;
 
     ~ThreadConnections()
     {
-        for (const Entry &entry : std::as_const(ByText))
+        for (Entry &entry : ByText) {
+            entry.Prepared.clear();
             Remove(entry.Name);
+        }
     }
     static void Remove(const QString &Name)
     {
@@ -166,15 +169,45 @@ void DatabaseConnections::Discard(const QString &Text)
     const auto found = Connections.ByText.find(Text);
     if (found == Connections.ByText.end())
         return;
+    found->Prepared.clear();
     ThreadConnections::Remove(found->Name);
     Connections.ByText.erase(found);
 }
 
 void DatabaseConnections::CloseAll()
 {
-    for (const auto &entry : std::as_const(Connections.ByText))
+    for (auto &entry : Connections.ByText) {
+        entry.Prepared.clear();
         ThreadConnections::Remove(entry.Name);
+    }
     Connections.ByText.clear();
+}
+
+QSqlQuery *DatabaseConnections::Prepared(const QSqlDatabase &Db, const QString &Statement, QString *Error)
+{
+    for (auto &entry : Connections.ByText) {
+        if (entry.Name != Db.connectionName())
+            continue;
+        auto found = entry.Prepared.find(Statement);
+        if (found != entry.Prepared.end())
+            return &*found;
+        QSqlQuery query(Db);
+        query.setForwardOnly(true);
+        if (!query.prepare(Statement)) {
+            *Error = Reason(query.lastError(), QString());
+            return nullptr;
+        }
+        return &*entry.Prepared.insert(Statement, query);
+    }
+    *Error = QStringLiteral("The connection is not open.");
+    return nullptr;
+}
+
+void DatabaseConnections::ForgetStatements(const QString &Text)
+{
+    const auto found = Connections.ByText.find(Text);
+    if (found != Connections.ByText.end())
+        found->Prepared.clear();
 }
 
 bool DatabaseConnections::StillAlive(const QString &Text)

@@ -2,6 +2,7 @@
 #include "ConnectionString.h"
 
 #include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QString>
 
 class QSqlError;
@@ -20,6 +21,12 @@ public:
     // that isn't there instead of making it. On failure the result is not
     // valid and Error holds the reason.
     static QSqlDatabase Open(const QString &Text, QString *Error, int Timeout = 0, bool MustExist = false);
+    // The statement prepared once on this thread's connection Db (from
+    // Open) and kept with it; nullptr with Error when the database refuses it.
+    static QSqlQuery *Prepared(const QSqlDatabase &Db, const QString &Statement, QString *Error);
+    // Drops the statements kept for the text's connection: after a change of
+    // its tables, whose columns a kept statement would still assume.
+    static void ForgetStatements(const QString &Text);
     // Closes this thread's connection for the text; the next Open opens anew.
     static void Discard(const QString &Text);
     // Closes all connections of this thread.
