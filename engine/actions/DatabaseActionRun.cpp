@@ -180,6 +180,8 @@ QString DatabaseActionRun::RunOnce(QSqlDatabase &Db, const Script &Statements, i
             update = select->next();
             select->finish();
         }
+        if (update && Statements.Generated && updates.at(n).Names.size() <= selects.at(n).Names.size())
+            continue; // every column is a key: the row found is the row
         if (QSqlQuery *done = run(update ? updates.at(n) : inserts.at(n), &problem)) {
             done->finish();
             ++*(update ? Updated : Inserted);
@@ -256,6 +258,7 @@ bool DatabaseActionRun::RunDirect(const clsActionDB &Action, clsAccountTrigger &
               + QStringLiteral(" names a table"));
         return false;
     }
+    statements.Generated = true;
     m_message.SQLBuiltIN = true;
     m_message.SQLDialect = qint16(dialect);
     return Run(of, connection, 0, statements);
@@ -276,6 +279,6 @@ bool DatabaseActionRun::RunAzure(const clsActionAZ &Action, clsAccountTrigger &T
     Script statements{Action.SQLStatement, Action.SQLUpdateStatement, Action.SQLSelectStatement};
     if (!Action.SQLModified)
         statements = {Trigger.SQLInsertStatement(dialect, true), Trigger.SQLUpdateStatement(dialect),
-                      Trigger.SQLSelectStatement(dialect)};
+                      Trigger.SQLSelectStatement(dialect), true};
     return Run(QStringLiteral("Update An Azure Database"), Action.ConnectionString(), 0, statements);
 }

@@ -49,6 +49,9 @@ private:
         QString Insert;
         QString Update;
         QString Select;
+        // The trigger's statements: a table of key fields alone has no
+        // update, and a row found is left as it is.
+        bool Generated = false;
     };
     bool Run(const QString &Of, const QString &Connection, int Timeout, const Script &Statements);
     // Empty when all went in; otherwise the reason, all rolled back.
