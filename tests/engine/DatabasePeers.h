@@ -10,6 +10,9 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <csignal>
+#include <sys/prctl.h>
+
 namespace DatabasePeers {
 
 inline int FreePort()
@@ -181,6 +184,8 @@ public:
                                QStringLiteral("--pid-file=") + m_dir + QStringLiteral("/pid")});
         m_server.setProcessChannelMode(QProcess::MergedChannels);
         m_server.setStandardOutputFile(m_dir + QStringLiteral("/log"), QIODevice::Append);
+        // A test that crashes takes its server with it.
+        m_server.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
         m_server.start();
         if (!m_server.waitForStarted()) {
             Problem = QStringLiteral("mariadbd did not start");
