@@ -1,11 +1,19 @@
 #include "colActions.h"
 #include "ActionCatalogue.h"
+#include "clsActionAZ.h"
+#include "clsActionCSV.h"
 #include "clsActionComment.h"
+#include "clsActionDB.h"
+#include "clsActionDBCustom.h"
+#include "clsActionDBToken.h"
+#include "clsActionExcel.h"
 #include "clsActionLogical.h"
 #include "clsActionPassTo.h"
+#include "clsActionReport.h"
 #include "clsActionRaw.h"
 #include "clsActionScript.h"
 #include "clsActionSetVariable.h"
+#include "clsActionText.h"
 #include "foundation/Startup.h"
 #include "foundation/clsXML.h"
 
@@ -88,6 +96,14 @@ void AddRecordKinds(QHash<QString, WrittenMaker> &ByLowerKey)
     add(QStringLiteral("Set"), RecordMaker<clsActionSetVariable>());
     add(QStringLiteral("PassTo"), RecordMaker<clsActionPassTo>());
     add(QStringLiteral("Script"), RecordMaker<clsActionScript>());
+    add(QStringLiteral("DatabaseUpdate"), RecordMaker<clsActionDB>());
+    add(QStringLiteral("DatabaseUpdateCustom"), RecordMaker<clsActionDBCustom>());
+    add(QStringLiteral("CSV"), RecordMaker<clsActionCSV>());
+    add(QStringLiteral("Excel"), RecordMaker<clsActionExcel>());
+    add(QStringLiteral("TextFile"), RecordMaker<clsActionText>());
+    add(QStringLiteral("Azure"), RecordMaker<clsActionAZ>());
+    add(QStringLiteral("UpdateToken"), RecordMaker<clsActionDBToken>());
+    add(QStringLiteral("Report"), RecordMaker<clsActionReport>());
     add(QStringLiteral("Logical"), LogicalMaker(clsActionLogical().LogicalType));
     const QString logicalKeys[] = {QStringLiteral("If"),  QStringLiteral("Else"),  QStringLiteral("EndIf"),
                                    QStringLiteral("End"), QStringLiteral("Label"), QStringLiteral("GoTo")};

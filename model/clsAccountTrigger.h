@@ -112,6 +112,26 @@ public:
     // ",", compared exactly) and their indexes; empty when none is missing.
     QString BuildINTAlter(const QString &Table, const QString &ExistingColumns, int Dialect) const;
 
+    // The internal database of the trigger (TriggerInternalDB.cpp): an SQLite
+    // file of its own in the data folder, whose tables the fields name.
+    QString InternalDatabaseFile() const;
+    // Makes the file when it is missing; false with InternalDatabaseProblem.
+    bool CreateInternalDB() const;
+    // Makes the tables of the fields that name a table and a column, enabled
+    // or not, and adds the columns that a table lacks; with DropFirst the
+    // tables are made anew. False when the trigger has no DatabaseUpdate
+    // action with UseInternal, or the database refused.
+    bool CreateTablesForTrigger(bool DropFirst = false) const;
+    // CreateTablesForTrigger when the DatabaseUpdate action uses the
+    // internal database; false otherwise.
+    bool CreateInternalTables() const;
+    // The rows this message left in the internal tables: each select
+    // statement, ":", and its rows' columns as "name: value" lines. Empty
+    // without an internal database.
+    QString INTDBString(const QString &UID) const;
+    // Why the last of the calls above failed.
+    mutable QString InternalDatabaseProblem;
+
     // The fragment, full or short (JustHeaderInXML). Reading replaces the
     // whole trigger, fields and actions included.
     QString XML() const;

@@ -9,6 +9,7 @@
 #include "RequestChecks.h"
 #include "ServerLog.h"
 #include "ServerServices.h"
+#include "engine/databases/DatabaseConnections.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/clsXML.h"
 #include "model/GlobalCollections.h"
@@ -346,54 +347,13 @@ ServerReply DeleteMailStore(RequestContext &Context)
 
 // Connection test ---------------------------------------------------------
 
-QString NewTestConnectionName()
-{
-    static std::atomic<int> tests{0};
-    return QStringLiteral("PostvaneConnectionTest.%1").arg(++tests);
-}
-
-// A text without "=" names an SQLite file (relative to the data folder), which
-// must exist: a test never makes a database.
-QString TestSQLiteFile(const QString &File)
-{
-    const QString path = QFileInfo(File).isAbsolute() ? File : Global.DataPath + File;
-    if (!QFileInfo(path).isFile())
-        return QStringLiteral("Error: The database file ") + path + QStringLiteral(" does not exist.");
-    const QString connection = NewTestConnectionName();
-    QString error;
-    const bool opened = OpenSQLite(connection, path, true, &error);
-    CloseConnection(connection);
-    return opened ? QStringLiteral("OK") : QStringLiteral("Error: ") + error;
-}
-
-// An ODBC connection text; the time-outs keep an unreachable server from
-// holding the web service up for long.
-QString TestODBCConnection(const QString &ConnectionText)
-{
-    if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QODBC")))
-        return QStringLiteral("Error: The ODBC driver is not installed on the server.");
-    const QString connection = NewTestConnectionName();
-    QString result;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), connection);
-        db.setDatabaseName(ConnectionText);
-        db.setConnectOptions(QStringLiteral("SQL_ATTR_LOGIN_TIMEOUT=10;SQL_ATTR_CONNECTION_TIMEOUT=10"));
-        result = db.open() ? QStringLiteral("OK") : QStringLiteral("Error: ") + db.lastError().text().trimmed();
-    }
-    CloseConnection(connection);
-    return result;
-}
-
 ServerReply TestDBConnection(RequestContext &Context)
 {
     if (!IsAdministrator(Context.User))
         return ServerReply::Refusal(QStringLiteral("Only an administrator can test database connections."));
     const QString text = Context.Client.SearchText.trimmed();
-    QString result;
-    if (text.isEmpty())
-        result = QStringLiteral("Error: No connection text was given.");
-    else
-        result = text.contains(u'=') ? TestODBCConnection(text) : TestSQLiteFile(text);
+    const QString result =
+        text.isEmpty() ? QStringLiteral("Error: No connection text was given.") : DatabaseConnections::Test(text);
     clsXML reply;
     reply.Append(result, QStringLiteral("result"));
     return ServerReply::Ok(reply.GetXML());

@@ -3,6 +3,7 @@
 #include "MessageProcessor.h"
 #include "SetOperations.h"
 #include "actions/ActionItem.h"
+#include "engine/actions/DataActions.h"
 #include "actions/clsActionComment.h"
 #include "actions/clsActionLogical.h"
 #include "actions/clsActionPassTo.h"
@@ -216,6 +217,8 @@ void ActionRunner::RunPassTo(const clsActionPassTo &Action)
 
 void ActionRunner::RunOther(const ActionItem &Action)
 {
+    if (DataActions::Run(Action, m_trigger, m_message, &m_processor.Store(), [this](const QString &Text) { Log(Text); }))
+        return;
     if (Action.ClassName() == u"Script") {
         Log(QStringLiteral("* Action Script (") + Action.ClassDesc()
             + QStringLiteral(") cannot run: the script engine is not available"));

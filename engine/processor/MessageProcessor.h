@@ -36,6 +36,8 @@ public:
     void Process(clsMessage &Message);
     QStringList Lines;
 
+    clsMessageStore &Store() const { return m_store; }
+
     // Adds a line to the message's process log and to Lines.
     void Log(clsMessage &Message, const QString &Text);
     // Queues a new message for a trigger of any account: Subject and Body as

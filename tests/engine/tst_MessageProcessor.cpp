@@ -2,11 +2,13 @@
 #include "TestRegistry.h"
 #include "actions/ActionItem.h"
 #include "actions/clsActionComment.h"
+#include "actions/clsActionDB.h"
 #include "actions/clsActionLogical.h"
 #include "actions/clsActionPassTo.h"
 #include "actions/clsActionScript.h"
 #include "actions/clsActionSetVariable.h"
 #include "actions/colActions.h"
+#include "engine/databases/DatabaseConnections.h"
 #include "engine/processor/MessageProcessor.h"
 #include "model/Condition.h"
 #include "model/GlobalCollections.h"
@@ -16,6 +18,7 @@
 #include "store/StoreFixture.h"
 #include "store/clsMessage.h"
 
+#include <QSqlQuery>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -261,10 +264,42 @@ private slots:
         QVERIFY(message.LastError.contains(u"Add To"_s));
     }
 
+    void databaseActionsRunWithTheirTriggers()
+    {
+        clsAccountTrigger &trigger = AddTrigger(*m_account, u"T1"_s);
+        clsTriggerField &qty = *trigger.Field(1);
+        qty.InsertInto = u"Orders"_s;
+        qty.InsertFieldName = u"Qty"_s;
+        qty.FieldType = 6;
+        qty.KeyExists = true;
+        clsActionDB action;
+        action.UseInternal = true;
+        Add(trigger, action);
+        QStringList lines = Run(Message(u"Qty: 5"_s));
+        QVERIFY2(lines.contains(u"Update A Database: 1 row(s) inserted, 0 updated"_s), qPrintable(lines.join(u'\n')));
+        lines = Run(Message(u"Qty: 5"_s));
+        // Its only column is the key: the row found stays as it is.
+        QVERIFY2(lines.contains(u"Update A Database: 0 row(s) inserted, 0 updated"_s), qPrintable(lines.join(u'\n')));
+        clsMessage &bad = Message(u"Qty: five"_s);
+        Run(bad);
+        QCOMPARE(bad.ErrorCount, 1);
+        QVERIFY2(bad.LastError.contains(u"is not a whole number"_s), qPrintable(bad.LastError));
+        QVERIFY(!bad.SQLSuccess);
+        {
+            QSqlDatabase db = DatabaseConnections::Open(u"Driver=SQLite3;Database="_s + trigger.InternalDatabaseFile(), nullptr);
+            QSqlQuery rows(db);
+            QVERIFY(rows.exec(u"SELECT Qty, pvane_msg_uid FROM Orders"_s) && rows.next());
+            QCOMPARE(rows.value(0).toInt(), 5);
+            QCOMPARE(rows.value(1).toString(), u"M1"_s);
+            QVERIFY(!rows.next());
+        }
+        DatabaseConnections::CloseAll();
+    }
+
     void kindsWithoutARunTimeFailTheRunByName()
     {
         clsAccountTrigger &trigger = AddTrigger(*m_account, u"T1"_s, {u"A"_s});
-        trigger.ActionList().AddXML(u"<Class>Excel</Class><ID>X1</ID><Enabled>-1</Enabled>"_s);
+        trigger.ActionList().AddXML(u"<Class>Fax</Class><ID>X1</ID><Enabled>-1</Enabled>"_s);
         clsActionScript script;
         script.SBScriptToRun = u"Main"_s;
         Add(trigger, script);
@@ -272,7 +307,7 @@ private slots:
         clsMessage &message = Message(u"Qty: 1"_s);
         const QStringList lines = Run(message);
         QCOMPARE(message.ErrorCount, 2);
-        QVERIFY(lines.contains(u"* Action Excel (Update Excel File) cannot run on this server yet"_s));
+        QVERIFY(lines.contains(u"* Action Fax (Send A Fax) cannot run on this server yet"_s));
         QVERIFY(message.LastError.contains(u"Script"_s));
         QCOMPARE(Field(message, u"A"_s), u"still runs"_s);
 
