@@ -160,7 +160,7 @@ QSqlDatabase DatabaseConnections::Open(const QString &Text, QString *Error, int 
     }
     QSqlDatabase db = QSqlDatabase::database(name, false);
     ApplyTimeout(db, parsed.Kind, Timeout);
-    Connections.ByText.insert(Text, {name, Timeout, parsed.Kind});
+    Connections.ByText.insert(Text, {name, Timeout, parsed.Kind, {}});
     return db;
 }
 
