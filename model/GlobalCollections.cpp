@@ -2,6 +2,7 @@
 #include "actions/clsActionPassTo.h"
 #include "clsAccountTrigger.h"
 
+#include <atomic>
 #include <memory>
 
 namespace {
@@ -10,6 +11,9 @@ std::unique_ptr<colOrganization> TheOrganizations;
 std::unique_ptr<colUsers> TheUsers;
 std::unique_ptr<colUserFolders> TheUserFolders;
 std::unique_ptr<colAccounts> TheAccounts;
+
+thread_local const CollectionSet *ThreadSet = nullptr;
+std::atomic<quint64> Generation{0};
 
 template <typename T> T &MadeOnFirstUse(std::unique_ptr<T> &Collection)
 {
@@ -22,16 +26,22 @@ template <typename T> T &MadeOnFirstUse(std::unique_ptr<T> &Collection)
 
 colOrganization &Organizations()
 {
+    if (ThreadSet)
+        return *ThreadSet->Organizations;
     return MadeOnFirstUse(TheOrganizations);
 }
 
 colUsers &Users()
 {
+    if (ThreadSet)
+        return *ThreadSet->Users;
     return MadeOnFirstUse(TheUsers);
 }
 
 colUserFolders &UserFolders()
 {
+    if (ThreadSet)
+        return *ThreadSet->UserFolders;
     return MadeOnFirstUse(TheUserFolders);
 }
 
@@ -45,6 +55,8 @@ static QString TriggerNameFromID(const QString &TriggerID)
 
 colAccounts &Accounts()
 {
+    if (ThreadSet)
+        return *ThreadSet->Accounts;
     if (!TheAccounts)
         clsActionPassTo::TriggerName = TriggerNameFromID;
     return MadeOnFirstUse(TheAccounts);
@@ -56,4 +68,19 @@ void ResetGlobalCollections()
     TheUserFolders.reset();
     TheUsers.reset();
     TheOrganizations.reset();
+}
+
+void UseThreadCollections(const CollectionSet *Set)
+{
+    ThreadSet = Set;
+}
+
+quint64 ConfigurationGeneration()
+{
+    return Generation.load();
+}
+
+void CountConfigurationChange()
+{
+    ++Generation;
 }

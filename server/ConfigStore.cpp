@@ -164,8 +164,11 @@ bool ConfigStore::Write(const std::function<bool()> &Work)
         LastError = db.lastError().text();
         return false;
     }
-    if (Work() && db.commit())
+    if (Work() && db.commit()) {
+        // The engine's threads read their copies of the configuration anew.
+        CountConfigurationChange();
         return true;
+    }
     if (LastError.isEmpty())
         LastError = db.lastError().text();
     db.rollback();

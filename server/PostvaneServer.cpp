@@ -3,10 +3,13 @@
 #include "ServerLog.h"
 #include "ServerServices.h"
 #include "WebService.h"
+#include "engine/ServerRoles.h"
+#include "engine/processor/ProcessorRole.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Registry.h"
 #include "foundation/Startup.h"
 #include "model/GlobalCollections.h"
+#include "model/clsAccount.h"
 #include "services/ServiceControl.h"
 #include "store/clsMessageStore.h"
 
@@ -44,6 +47,8 @@ bool PostvaneServer::Fail(const QString &Reason)
 
 bool PostvaneServer::Start(const ServerOptions &Options)
 {
+    const QStringList roles = Options.Roles.isEmpty() ? ServerRoles::AllRoles() : Options.Roles;
+    m_webRole = roles.contains(QStringLiteral("web"));
     if (!OpenDataFolder(Options.DataFolder))
         return false;
     m_log = std::make_unique<ServerLog>();
@@ -58,12 +63,66 @@ bool PostvaneServer::Start(const ServerOptions &Options)
         return false;
     if (Options.CreateOnly)
         return CloseCreatedStore();
-    if (!StartWebService(Options))
+    const QString configuration = ConfigurationFile();
+    m_roles = std::make_unique<ServerRoles>(roles, [configuration] {
+        // Each engine thread reads the configuration on a connection of its own.
+        thread_local std::unique_ptr<ConfigStore> store;
+        if (!store) {
+            store = std::make_unique<ConfigStore>();
+            if (!store->Open(configuration)) {
+                store.reset();
+                return false;
+            }
+        }
+        UserPasswords passwords;
+        return store->Load(passwords);
+    });
+    if (m_webRole && !StartWebService(Options))
         return false;
-    ServiceControl::WriteServerState(Global.DataPath, QStringLiteral("Running"));
+    if (m_webRole)
+        ServiceControl::WriteServerState(Global.DataPath, QStringLiteral("Running"));
     m_log->OnLine = [this](const QDateTime &stamp, const QString &text) { m_push.SendLog(stamp, text); };
+    StartRoles();
     m_running = true;
     return true;
+}
+
+// Lines of the roles reach the push channel on this thread; a trigger error
+// of an account with AutoPause disables the account here, where the
+// configuration is kept.
+void PostvaneServer::StartRoles()
+{
+    m_roles->setOnLine([this](const QString &source, const QDateTime &stamp, const QString &text) {
+        QMetaObject::invokeMethod(&m_push, [this, source, stamp, text] { m_push.SendLog(stamp, text, source); },
+                                  Qt::QueuedConnection);
+    });
+    if (ProcessorRole *processor = m_roles->Processor())
+        processor->PauseAccount = [this](const QString &accountID, const QString &reason) {
+            QMetaObject::invokeMethod(&m_push, [this, accountID, reason] { PauseAccount(accountID, reason); },
+                                      Qt::QueuedConnection);
+        };
+    m_roles->Start();
+}
+
+void PostvaneServer::PauseAccount(const QString &AccountID, const QString &Reason)
+{
+    clsAccount *account = Accounts().Item(AccountID);
+    if (!account || !account->Enabled)
+        return;
+    account->Enabled = false;
+    if (!m_store.Write([&] { return m_store.SaveAccount(*account); })) {
+        account->Enabled = true;
+        m_log->Add(QStringLiteral("* Account ") + account->Name + QStringLiteral(" could not be paused: ")
+                   + m_store.LastError);
+        return;
+    }
+    m_log->Add(QStringLiteral("Account ") + account->Name + QStringLiteral(" paused after a trigger error: ") + Reason);
+}
+
+QString PostvaneServer::ConfigurationFile() const
+{
+    return Global.DataPath
+        + (m_messages->Dialect == 99 ? QStringLiteral("MessageStore.db3") : QStringLiteral("Configuration.db3"));
 }
 
 bool PostvaneServer::OpenDataFolder(const QString &Folder)
@@ -72,6 +131,8 @@ bool PostvaneServer::OpenDataFolder(const QString &Folder)
         Global.DataPath = QDir(Folder).absolutePath() + u'/';
     if (!MakePath(Global.DataPath))
         return Fail(QStringLiteral("The data folder ") + Global.DataPath + QStringLiteral(" cannot be made."));
+    if (!m_webRole)
+        return true; // the lock belongs to the process of the web service
     m_lock = std::make_unique<QLockFile>(Global.DataPath + QStringLiteral("postvane-server.lock"));
     if (!m_lock->tryLock(0))
         return Fail(QStringLiteral("Another server uses the data folder ") + Global.DataPath + u'.');
@@ -85,7 +146,7 @@ bool PostvaneServer::OpenDataFolder(const QString &Folder)
 bool PostvaneServer::OpenConfiguration()
 {
     const bool shared = m_messages->Dialect == 99;
-    const QString file = Global.DataPath + (shared ? QStringLiteral("MessageStore.db3") : QStringLiteral("Configuration.db3"));
+    const QString file = ConfigurationFile();
     if (!(shared ? m_store.OpenShared(m_messages->StoreConnection()) : m_store.Open(file)))
         return Fail(QStringLiteral("The configuration database ") + file + QStringLiteral(" cannot be opened: ")
                     + m_store.LastError);
@@ -161,7 +222,8 @@ bool PostvaneServer::StartWebService(const ServerOptions &Options)
     m_port = Options.Port >= 0 ? quint16(Options.Port) : quint16(Global.Settings.WebAccessPort);
 
     m_services = std::make_unique<ServerServices>(
-        ServerServices{m_store, m_passwords, *m_log, m_push, *m_messages, [this] { UpdateListening(); }});
+        ServerServices{m_store, m_passwords, *m_log, m_push, *m_messages, [this] { UpdateListening(); },
+                       m_roles.get()});
     m_web = std::make_unique<WebService>(*m_services);
     m_tls = tls;
     m_log->Add(QStringLiteral("Certificate: ") + certificate.Origin);
@@ -220,14 +282,18 @@ void PostvaneServer::Stop()
     if (!m_running)
         return;
     m_running = false;
-    ServiceControl::WriteServerState(Global.DataPath, QStringLiteral("Stop Pending"));
+    if (m_webRole)
+        ServiceControl::WriteServerState(Global.DataPath, QStringLiteral("Stop Pending"));
     m_log->Add(Global.ProductName + QStringLiteral(" Server stopping"));
+    m_roles->Stop();
     m_log->OnLine = nullptr;
     m_push.Close(3000);
-    m_web->Close();
+    if (m_web)
+        m_web->Close();
     m_store.Close();
     m_messages->CloseMessageStore();
     m_log->Add(Global.ProductName + QStringLiteral(" Server stopped"));
-    ServiceControl::WriteServerState(Global.DataPath, QString());
+    if (m_webRole)
+        ServiceControl::WriteServerState(Global.DataPath, QString());
     SetErrorSink(nullptr);
 }

@@ -7,9 +7,11 @@
 #include <QLockFile>
 #include <QSslConfiguration>
 #include <QString>
+#include <QStringList>
 #include <memory>
 
 class ServerLog;
+class ServerRoles;
 class clsMessageStore;
 class WebService;
 struct ServerServices;
@@ -20,6 +22,7 @@ struct ServerOptions
     int Port = -1;      // -1: WebAccessPort; 0: any free port
     QString BindTo;     // empty: WebAccessBindTo, or every address
     bool CreateOnly = false; // make the data folder and its databases, then end
+    QStringList Roles;       // what the process plays (ServerRoles); empty: every role
 };
 
 // The server process: its data folder, configuration, log, push channel and
@@ -30,6 +33,10 @@ struct ServerOptions
 // "Admin" (a system administrator with the empty password), and the
 // self-signed certificate. While a system administrator has the empty
 // password, the server listens on loopback only.
+//
+// Beside the web service it runs the engine's roles (ServerRoles); without
+// the web role it serves nothing and leaves the data folder's lock to the
+// process that does.
 class PostvaneServer
 {
 public:
@@ -50,6 +57,9 @@ private:
     bool CreateFirstRunRecords();
     bool CloseCreatedStore();
     bool StartWebService(const ServerOptions &Options);
+    void StartRoles();
+    QString ConfigurationFile() const;
+    void PauseAccount(const QString &AccountID, const QString &Reason);
     QString AdministratorWithoutPassword();
     // Listens on the configured address, or on loopback while a system
     // administrator has the empty password; called again when users change.
@@ -63,6 +73,8 @@ private:
     std::unique_ptr<clsMessageStore> m_messages;
     std::unique_ptr<ServerServices> m_services;
     std::unique_ptr<WebService> m_web;
+    std::unique_ptr<ServerRoles> m_roles;
+    bool m_webRole = true;
     QSslConfiguration m_tls;
     QHostAddress m_configured;
     QHostAddress m_address;

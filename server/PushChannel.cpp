@@ -42,13 +42,13 @@ void PushChannel::Subscribe(QTcpSocket *Socket, const clsUser &User, const QByte
     m_subscribers.append({Socket, User.ID});
 }
 
-void PushChannel::SendLog(const QDateTime &Stamp, const QString &Text)
+void PushChannel::SendLog(const QDateTime &Stamp, const QString &Text, const QString &Source)
 {
     DropClosed();
     if (m_subscribers.isEmpty())
         return;
     clsXML body;
-    body.Append(QStringLiteral("Server"), QStringLiteral("Source"));
+    body.Append(Source, QStringLiteral("Source"));
     body.XMLSectionStart(QStringLiteral("Log"));
     body.Append(Stamp, QStringLiteral("TimeStamp"));
     body.Append(Text, QStringLiteral("Msg"));

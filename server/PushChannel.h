@@ -31,7 +31,8 @@ public:
     void Subscribe(QTcpSocket *Socket, const clsUser &User, const QByteArray &ContentLocation);
 
     // "log.xml" with the line, to the subscribers who are system administrators.
-    void SendLog(const QDateTime &Stamp, const QString &Text);
+    // Source names the console's pane: "Server", "Edge Server", "Message Server".
+    void SendLog(const QDateTime &Stamp, const QString &Text, const QString &Source = QStringLiteral("Server"));
     // "disconnected.xml" to every subscription of the user, which then ends.
     void DisconnectUser(const QString &UserID);
     // "serverclosing.xml" to everyone; every stream ends. Waits at most

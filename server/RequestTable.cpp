@@ -52,5 +52,6 @@ RequestTable BuildRequestTable()
     AddAccountRequests(table);
     AddMessageRequests(table);
     AddLogRequests(table);
+    AddProcessorRequests(table);
     return table;
 }

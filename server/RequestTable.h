@@ -79,6 +79,7 @@ void AddFolderRequests(RequestTable &Table);
 void AddAccountRequests(RequestTable &Table);
 void AddMessageRequests(RequestTable &Table);
 void AddLogRequests(RequestTable &Table);
+void AddProcessorRequests(RequestTable &Table);
 
 // The table of every family.
 RequestTable BuildRequestTable();

@@ -5,6 +5,7 @@ class ConfigStore;
 class clsMessageStore;
 class PushChannel;
 class ServerLog;
+class ServerRoles;
 class UserPasswords;
 
 // The server's long-lived parts that request handlers work with.
@@ -17,4 +18,6 @@ struct ServerServices
     clsMessageStore &MessageStore;
     // Called after a user was saved or deleted.
     std::function<void()> UsersChanged;
+    // The engine's roles that run in this process.
+    ServerRoles *Roles = nullptr;
 };

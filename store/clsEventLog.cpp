@@ -76,6 +76,16 @@ void clsEventLog::CloseLog()
     m_open = false;
 }
 
+bool clsEventLog::BeginTransaction()
+{
+    return OpenLog() && QSqlDatabase::database(m_connection, false).transaction();
+}
+
+bool clsEventLog::CommitTransaction()
+{
+    return m_open && QSqlDatabase::database(m_connection, false).commit();
+}
+
 void clsEventLog::AddEvent(const QString &Detail)
 {
     const clsMessage &message = CurrentMessage();

@@ -30,6 +30,11 @@ public:
     void CloseLog();
     bool IsOpen() const { return m_open; }
 
+    // Lines written between the two share one commit: a writer of many lines
+    // (the message processor) holds the log's file once for all of them.
+    bool BeginTransaction();
+    bool CommitTransaction();
+
     // A line for the current message: its account, trigger and MessageID.
     void AddEvent(const QString &Detail);
     // A line for another machine's message; a date before 2000 means now.

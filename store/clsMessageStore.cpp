@@ -1,4 +1,5 @@
 #include "clsMessageStore.h"
+#include "MessageMime.h"
 #include "MimeMail.h"
 #include "StoreFiles.h"
 #include "clsEventLog.h"
@@ -12,7 +13,9 @@
 #include "model/GlobalCollections.h"
 #include "model/clsAccount.h"
 #include "model/clsAccountTrigger.h"
+#include "model/clsUserOrganization.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -21,6 +24,8 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <QSysInfo>
+#include <QLocale>
 
 #include <atomic>
 
@@ -150,7 +155,7 @@ bool clsMessageStore::OpenSQLiteFiles()
     // read-only reader.
     return EnsureDatabaseFile(store, StoreFile, &LastError) && EnsureDatabaseFile(queue, QueueFile, &LastError)
         && OpenSQLite(m_store, store, false, &LastError) && OpenSQLite(m_reader, store, true, &LastError)
-        && OpenSQLite(m_queue, queue, false, &LastError);
+        && OpenSQLite(m_queue, queue, false, &LastError) && EnsureQueueColumns();
 }
 
 bool clsMessageStore::OpenServer()
@@ -955,4 +960,417 @@ QString clsMessageStore::GetDaySummary(const QString &AccountID, const QDate &Fr
                 + Number(query->value(column).toLongLong()) + QStringLiteral("</Value></Line>");
     }
     return lines + QStringLiteral("</Lines>");
+}
+
+// Edge queue -------------------------------------------------------------
+
+namespace {
+
+// Field 22 of /proc/<pid>/stat, the start time of the process in clock
+// ticks since boot: with the process id it names one process for good.
+QString ProcessStart(qint64 Pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(Pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return QString();
+    const QByteArray text = stat.readAll();
+    // The command name in brackets may hold blanks: count from its end.
+    const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+    return fields.size() > 19 ? QString::fromLatin1(fields.at(19)) : QString();
+}
+
+// True unless the taker is a process of this machine that no longer runs.
+bool TakerRuns(const QString &Taker)
+{
+    const QStringList parts = Taker.split(u':');
+    if (parts.size() != 3 || parts.at(0) != QSysInfo::machineHostName())
+        return parts.size() == 3; // another machine's process: left to it
+    return ProcessStart(parts.at(1).toLongLong()) == parts.at(2);
+}
+
+QString Identity(const clsMessageStore &Store, const QString &AccountID, const QString &Source, const QString &UID)
+{
+    return QStringLiteral("(AccountID = ") + Store.Quote(AccountID) + QStringLiteral(") AND (Source = ")
+        + Store.Quote(Source) + QStringLiteral(") AND (UID = ") + Store.Quote(UID) + u')';
+}
+
+QString RecordList(const QList<qint64> &RecordNos)
+{
+    QStringList numbers;
+    for (qint64 recordNo : RecordNos)
+        numbers << Number(recordNo);
+    return numbers.join(u',');
+}
+
+} // namespace
+
+QString clsMessageStore::EdgeQueueTaker()
+{
+    static const QString taker = QSysInfo::machineHostName() + u':' + Number(QCoreApplication::applicationPid()) + u':'
+        + ProcessStart(QCoreApplication::applicationPid());
+    return taker;
+}
+
+bool clsMessageStore::EnsureQueueColumns()
+{
+    const auto known = Scalar(m_queue, QStringLiteral("SELECT COUNT(*) FROM pragma_table_info('EdgeQueue') WHERE name='TakenBy'"),
+                              QStringLiteral("OpenMessageStore"));
+    if (!known)
+        return false;
+    return known->toInt() > 0
+        || Run(m_queue, QStringLiteral("ALTER TABLE EdgeQueue ADD TakenBy VARCHAR(100)"), QStringLiteral("OpenMessageStore"))
+        >= 0;
+}
+
+bool clsMessageStore::IsNewMessage(const QString &AccountID, const QString &Source, const QString &UID)
+{
+    const QString routine = QStringLiteral("IsNewMessage");
+    const QString where = QStringLiteral(" WHERE ") + Identity(*this, AccountID, Source, UID);
+    const auto stored = Scalar(m_store, QStringLiteral("SELECT RecordNo FROM MessageStore") + where, routine);
+    if (!stored || stored->isValid())
+        return false;
+    const auto queued = Scalar(QueueConnection(), QStringLiteral("SELECT RecordNo,Processed FROM EdgeQueue") + where, routine);
+    return queued && !queued->isValid();
+}
+
+bool clsMessageStore::IsStoredMessage(const QString &AccountID, const QString &Source, const QString &UID)
+{
+    const auto stored = Scalar(m_store,
+                               SelectFirst(QStringLiteral("RecordNo"), QStringLiteral("MessageStore WHERE ")
+                                               + Identity(*this, AccountID, Source, UID)),
+                               QStringLiteral("IsStoredMessage"));
+    return stored && stored->isValid();
+}
+
+qint64 clsMessageStore::AddQueueRow(const QVariantMap &Values, const QString &Routine)
+{
+    clsRowSet row(QueueConnection());
+    bool ok = row.Open(QStringLiteral("EdgeQueue"), QStringLiteral("1=0"));
+    if (ok) {
+        row.AddNew();
+        for (auto it = Values.cbegin(); ok && it != Values.cend(); ++it)
+            ok = row.setField(it.key(), it.value());
+        ok = ok && row.Update();
+    }
+    if (ok)
+        return row.Field(QStringLiteral("RecordNo")).toLongLong();
+    LastError = row.LastError;
+    LogError(Routine, LastError);
+    return 0;
+}
+
+qint64 clsMessageStore::AddToEdgeQueue(const clsMessage &Message, const QString &AccountID, const QString &Source,
+                                       const QString &UID, const QDateTime &MessageDate)
+{
+    return AddQueueRow({{QStringLiteral("AccountID"), AccountID},
+                        {QStringLiteral("Source"), Source},
+                        {QStringLiteral("UID"), UID},
+                        {QStringLiteral("ValidateActionID"), Message.ValidateActionID},
+                        {QStringLiteral("ValidateInputFieldsXML"), Message.ValidationInputFieldsXML},
+                        {QStringLiteral("DateAdded"), QDateTime::currentDateTime()},
+                        {QStringLiteral("MessageDate"), MessageDate},
+                        {QStringLiteral("Mime"), Message.MessageText},
+                        {QStringLiteral("Processed"), 0}},
+                       QStringLiteral("AddToEdgeQueue"));
+}
+
+qint64 clsMessageStore::AddEMLToEdgeQueue(const QString &AccountID, const QString &Source, const QString &UID,
+                                          const QDateTime &MessageDate, const QString &Mime, int Processed)
+{
+    return AddQueueRow({{QStringLiteral("AccountID"), AccountID},
+                        {QStringLiteral("Source"), Source},
+                        {QStringLiteral("UID"), UID},
+                        {QStringLiteral("DateAdded"), QDateTime::currentDateTime()},
+                        {QStringLiteral("MessageDate"), MessageDate},
+                        {QStringLiteral("Mime"), Mime},
+                        {QStringLiteral("Processed"), Processed}},
+                       QStringLiteral("AddEMLToEdgeQueue"));
+}
+
+QString clsMessageStore::TestMessageMime(const clsAccount *Account, const QString &AccountID,
+                                         const QString &TriggerID, const QString &Text)
+{
+    QString domain = Global.AppDomain;
+    if (Account) {
+        const clsUserOrganization *organization = Organizations().Item(Account->OrganizationID);
+        if (organization && !organization->Domain.isEmpty())
+            domain = organization->Domain;
+    }
+    const QString address = Account ? Account->AccountAddress.trimmed() : QString();
+    const bool madeUp = address.isEmpty() || address.startsWith(u'*');
+    const QString from = madeUp ? QStringLiteral("test@") + domain : address;
+    const QString to = madeUp ? QStringLiteral("to@") + domain : address;
+    const QString uid = GUIDDigits();
+    const QStringList lines{
+        QStringLiteral("Postvane-AccountID: ") + AccountID,
+        QStringLiteral("Postvane-TriggerID: ") + TriggerID,
+        QStringLiteral("Postvane-UID: ") + uid,
+        QStringLiteral("Postvane-Source: TEST"),
+        QStringLiteral("Postvane-TestMessage: 1"),
+        QStringLiteral("MIME-Version: 1.0"),
+        QStringLiteral("Content-Type: text/plain"),
+        QStringLiteral("Date: ") + QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("ddd, dd MMM yyyy HH:mm:ss")),
+        QStringLiteral("From: ") + from,
+        QStringLiteral("To: ") + to,
+        QStringLiteral("Message-ID: <") + uid + u'@' + domain + u'>',
+        QStringLiteral("Subject: TEST"),
+        QString(),
+        Text};
+    return lines.join(QStringLiteral("\r\n"));
+}
+
+qint64 clsMessageStore::AddTestToEdgeQueue(const QString &AccountID, const QString &TriggerID, const QString &Text)
+{
+    const QString mime = TestMessageMime(Accounts().Item(AccountID), AccountID, TriggerID, Text);
+    return AddEMLToEdgeQueue(AccountID, QStringLiteral("TEST"), MimeHeaderValue(mime, QStringLiteral("Postvane-UID")),
+                             QDateTime::currentDateTime(), mime);
+}
+
+qint64 clsMessageStore::TakeEdgeQueueRow()
+{
+    const QString routine = QStringLiteral("GetEdgeQueue");
+    // Another processor may take the row between the look and the update;
+    // the update then changes nothing and the next row is looked at.
+    for (;;) {
+        const auto next = Scalar(QueueConnection(),
+                                 SelectFirst(QStringLiteral("RecordNo"),
+                                             QStringLiteral("EdgeQueue WHERE Processed=0 ORDER BY RecordNo")),
+                                 routine);
+        if (!next)
+            return -1;
+        if (!next->isValid())
+            return 0;
+        const qint64 recordNo = next->toLongLong();
+        const qint64 taken = Run(QueueConnection(),
+                                 QStringLiteral("UPDATE EdgeQueue SET Processed=1,TakenBy=") + Quote(EdgeQueueTaker())
+                                     + QStringLiteral(" WHERE RecordNo=") + Number(recordNo)
+                                     + QStringLiteral(" AND Processed=0"),
+                                 routine);
+        if (taken < 0)
+            return -1;
+        if (taken == 1)
+            return recordNo;
+    }
+}
+
+bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
+{
+    const QString routine = QStringLiteral("GetEdgeQueue");
+    if (Dialect == 99 && ++m_queueCalls >= 11) {
+        m_queueCalls = 0;
+        clsRowSet::ForgetConnection(m_queue);
+        CloseConnection(m_queue);
+        if (!OpenSQLite(m_queue, Global.DataPath + QueueFile, false, &LastError)) {
+            LogError(routine, LastError);
+            return false;
+        }
+    }
+    const qint64 recordNo = TakeEdgeQueueRow();
+    if (recordNo <= 0)
+        return false;
+    auto row = Select(QueueConnection(),
+                      QStringLiteral("SELECT AccountID,Source,UID,ValidateActionID,ValidateInputFieldsXML,Mime FROM "
+                                     "EdgeQueue WHERE RecordNo=")
+                          + Number(recordNo),
+                      routine);
+    if (!row || !row->next())
+        return false;
+    Message.EdgeQueueRecordNo = qint32(recordNo);
+    Message.ValidateActionID = row->value(3).toString();
+    Message.ValidationInputFieldsXML = row->value(4).toString();
+    const QString mime = row->value(5).toString();
+    LoadMessageMime(Message, mime);
+
+    const auto header = [&Message](const char *Name) {
+        return Message.HeaderValue(QLatin1String(Name)).trimmed();
+    };
+    QString accountID = header("Postvane-AccountID");
+    if (accountID.isEmpty())
+        accountID = row->value(0).toString();
+    Message.Account = Accounts().Item(accountID);
+    const QString triggerID = header("Postvane-TriggerID");
+    if (Message.Account && !triggerID.isEmpty())
+        Message.setTrigger(Message.Account->TriggerFromID(triggerID));
+    Message.UserID = header("Postvane-UserID");
+    Message.Source = header("Postvane-Source");
+    if (Message.Source.isEmpty())
+        Message.Source = row->value(1).toString();
+    Message.MessageID = header("Postvane-UID");
+    if (Message.MessageID.isEmpty())
+        Message.MessageID = row->value(2).toString();
+    if (Message.MessageID.isEmpty())
+        Message.MessageID = header("Message-Id");
+    Message.REProcess = header("Postvane-Reprocess") == u"1";
+    Message.IsRead = header("Postvane-IsRead") != u"0";
+    Message.TestMessage = header("Postvane-TestMessage") == u"1";
+    Message.NewMessage
+        = Message.REProcess || !IsStoredMessage(StoredID(accountID), Message.Source, Message.MessageID);
+    return true;
+}
+
+qint64 clsMessageStore::GetEdgeQueueCount()
+{
+    const auto count = Scalar(QueueConnection(), QStringLiteral("SELECT Count(RecordNo) FROM EdgeQueue WHERE Processed=0"),
+                              QStringLiteral("GetEdgeQueueCount"));
+    return count ? count->toLongLong() : -1;
+}
+
+QString clsMessageStore::GetEdgeQueueUID(qint64 RecordNo)
+{
+    auto row = Select(QueueConnection(),
+                      QStringLiteral("SELECT AccountID,ValidateActionID,UID FROM EdgeQueue WHERE RecordNo=")
+                          + Number(RecordNo),
+                      QStringLiteral("GetEdgeQueueUID"));
+    if (!row || !row->next())
+        return QString();
+    return row->value(0).toString() + u'\t' + row->value(1).toString() + u'\t' + row->value(2).toString();
+}
+
+bool clsMessageStore::DeleteEdgeQueueRecord(qint64 RecordNo)
+{
+    return Run(QueueConnection(), QStringLiteral("DELETE FROM EdgeQueue WHERE RecordNo=") + Number(RecordNo),
+               QStringLiteral("DeleteEdgeQueueRecord"))
+        >= 0;
+}
+
+bool clsMessageStore::DeleteEdgeQueueRecords(const QList<qint64> &RecordNos)
+{
+    if (RecordNos.isEmpty())
+        return true;
+    return Run(QueueConnection(),
+               QStringLiteral("DELETE FROM EdgeQueue WHERE RecordNo IN (") + RecordList(RecordNos) + u')',
+               QStringLiteral("DeleteEdgeQueueRecord"))
+        >= 0;
+}
+
+qint64 clsMessageStore::DeleteEdgeQueueProcessed()
+{
+    return Run(QueueConnection(), QStringLiteral("DELETE FROM EdgeQueue WHERE Processed=1"),
+               QStringLiteral("DeleteEdgeQueueProcessed"));
+}
+
+qint64 clsMessageStore::ReturnTakenEdgeQueue()
+{
+    const QString routine = QStringLiteral("ReturnTakenEdgeQueue");
+    struct Taken
+    {
+        qint64 RecordNo;
+        QString AccountID, Source, UID;
+    };
+    QList<Taken> orphans;
+    {
+        auto rows = Select(QueueConnection(),
+                           QStringLiteral("SELECT RecordNo,AccountID,Source,UID,TakenBy FROM EdgeQueue WHERE Processed=1"),
+                           routine);
+        if (!rows)
+            return -1;
+        while (rows->next())
+            if (!TakerRuns(rows->value(4).toString()))
+                orphans << Taken{rows->value(0).toLongLong(), rows->value(1).toString(), rows->value(2).toString(),
+                                 rows->value(3).toString()};
+    }
+    QList<qint64> stored;
+    QList<qint64> waiting;
+    for (const Taken &row : orphans)
+        (IsStoredMessage(StoredID(row.AccountID), row.Source, row.UID) ? stored : waiting) << row.RecordNo;
+    if (!DeleteEdgeQueueRecords(stored))
+        return -1;
+    if (waiting.isEmpty())
+        return 0;
+    // A row another starting processor returned meanwhile is left as it is.
+    return Run(QueueConnection(),
+               QStringLiteral("UPDATE EdgeQueue SET Processed=0,TakenBy=NULL WHERE Processed=1 AND RecordNo IN (")
+                   + RecordList(waiting) + u')',
+               routine);
+}
+
+bool clsMessageStore::ValidateEdgeQueueMessage(qint64 RecordNo)
+{
+    return Run(QueueConnection(), QStringLiteral("UPDATE EdgeQueue SET Processed=0 WHERE RecordNo=") + Number(RecordNo),
+               QStringLiteral("ValidateEdgeQueueMessage"))
+        >= 0;
+}
+
+bool clsMessageStore::ValidateRequired(qint64 RecordNo, const QString &ActionID, const QDateTime &Expires,
+                                       const QString &ConfirmationMessage)
+{
+    return Run(QueueConnection(),
+               QStringLiteral("UPDATE EdgeQueue SET Processed=2,ValidateActionID=") + Quote(ActionID)
+                   + QStringLiteral(",ValidateExpires=") + DateTimeLiteral(Expires)
+                   + QStringLiteral(",ValidateConfirmationMessage=") + Quote(ConfirmationMessage)
+                   + QStringLiteral(" WHERE RecordNo=") + Number(RecordNo),
+               QStringLiteral("ValidateRequired"))
+        >= 0;
+}
+
+bool clsMessageStore::ReturnEdgeQueueRecords(const QList<qint64> &RecordNos)
+{
+    if (RecordNos.isEmpty())
+        return true;
+    return Run(QueueConnection(),
+               QStringLiteral("UPDATE EdgeQueue SET Processed=0,TakenBy=NULL WHERE RecordNo IN (") + RecordList(RecordNos)
+                   + u')',
+               QStringLiteral("ReturnEdgeQueueRecords"))
+        >= 0;
+}
+
+bool clsMessageStore::UpdateMessageStoreTrigger(const clsMessage &Message, bool *Updated)
+{
+    const clsAccount *account = Message.Account;
+    const QString accountID = StoredID(account ? account->AccountID : QString());
+    QString folderID = Message.FolderID;
+    if (folderID.isEmpty() && account)
+        folderID = UserFolders().AccountRootFolderID(account->AccountID);
+    const qint64 changed
+        = Run(m_store,
+              QStringLiteral("UPDATE MessageStore SET TriggerID=")
+                  + Quote(StoredID(Message.Trigger() ? Message.Trigger()->TriggerID : QString()))
+                  + QStringLiteral(",FolderID=") + Quote(StoredID(folderID)) + QStringLiteral(",TriggerError=")
+                  + Quote(Message.LastError.left(250)) + QStringLiteral(",TriggerSuccess=")
+                  + Number(Message.ErrorCount == 0 ? 1 : 0) + QStringLiteral(" WHERE AccountID=") + Quote(accountID)
+                  + QStringLiteral(" AND Source=") + Quote(Message.Source) + QStringLiteral(" AND UID=")
+                  + Quote(Message.MessageID),
+              QStringLiteral("UpdateMessageStoreTrigger"));
+    if (Updated)
+        *Updated = changed > 0;
+    return changed >= 0;
+}
+
+qint64 clsMessageStore::SaveMessageToReprocess(const QString &FolderID, qint64 RecordNo, bool Spam)
+{
+    const QString routine = QStringLiteral("SaveMessageToReprocess");
+    QString sql = QStringLiteral("SELECT AccountID,Source,UID,MessageDate,Headers,Body FROM MessageStore WHERE ");
+    if (!FolderID.isEmpty())
+        sql += QStringLiteral("FolderID = ") + Quote(FolderID) + QStringLiteral(" AND ");
+    sql += QStringLiteral("RecordNo = ") + Number(RecordNo);
+    QSqlRecord row;
+    {
+        auto query = Select(m_store, sql, routine);
+        if (!query || !query->next())
+            return 0;
+        row = query->record();
+    }
+    const QString accountID = row.value(QStringLiteral("AccountID")).toString();
+    const QString source = row.value(QStringLiteral("Source")).toString();
+    const QString uid = row.value(QStringLiteral("UID")).toString();
+    QString headers = row.value(QStringLiteral("Headers")).toString();
+    while (headers.endsWith(u'\n') || headers.endsWith(u'\r'))
+        headers.chop(1);
+    MimeMail mail;
+    mail.LoadMime(headers + QStringLiteral("\r\n\r\n") + row.value(QStringLiteral("Body")).toString());
+    if (Spam)
+        mail.SetHeader(QStringLiteral("Postvane-Spam"), QStringLiteral("Yes"));
+    mail.RemoveHeader(QStringLiteral("Postvane-TriggerID"));
+    mail.SetHeader(QStringLiteral("Postvane-Reprocess"), QStringLiteral("1"));
+    mail.SetHeader(QStringLiteral("Postvane-AccountID"), accountID);
+    mail.SetHeader(QStringLiteral("Postvane-Source"), source);
+    mail.SetHeader(QStringLiteral("Postvane-UID"), uid);
+    if (Run(QueueConnection(),
+            QStringLiteral("DELETE FROM EdgeQueue WHERE AccountID=") + Quote(accountID) + QStringLiteral(" AND Source=")
+                + Quote(source) + QStringLiteral(" AND UID=") + Quote(uid),
+            routine)
+        < 0)
+        return 0;
+    return AddEMLToEdgeQueue(accountID, source, uid, SafeDate(row.value(QStringLiteral("MessageDate"))),
+                             mail.GetMimeText());
 }

@@ -7,6 +7,7 @@
 
 #include <optional>
 
+class clsAccount;
 class clsMessage;
 
 // The filter of a message set. Counting, reading, deleting and marking a set
@@ -82,6 +83,7 @@ public:
     // that reads inside it cannot meet another writer; nothing on SQL Server.
     bool BeginTransaction();
     bool EndTransaction();
+    void RollbackTransaction();
     // Removes the processed queue rows and, when nothing else is left, shrinks
     // the queue file (SQLite only).
     bool ResetEdgeQueue();
@@ -198,6 +200,82 @@ public:
     // and 1002 the day counts MessagesIn, MessagesOut and BytesIn.
     QString GetDaySummary(const QString &AccountID, const QDate &FromDate, const QDate &ToDate, int TokenOrType);
 
+    // Edge queue -----------------------------------------------------------
+    //
+    // Inbound messages wait in EdgeQueue, each whole as MIME text with its
+    // process headers ("Postvane-AccountID", "Postvane-TriggerID",
+    // "Postvane-Source", "Postvane-UID", ...). Processed: 0 waiting, 1 taken
+    // by a processor, 2 parked for validation, 99 received with no trigger
+    // assigned.
+    //
+    // Like the store's other connections, the queue connection belongs to the
+    // thread that opened the store: each worker thread of the engine opens a
+    // clsMessageStore of its own and uses it alone.
+
+    // True when neither the store nor the queue (at any Processed) holds the
+    // identity.
+    bool IsNewMessage(const QString &AccountID, const QString &Source, const QString &UID);
+    // True when the store holds the identity. Asked on the writer inside a
+    // transaction, the answer holds until its commit, also against other
+    // processes.
+    bool IsStoredMessage(const QString &AccountID, const QString &Source, const QString &UID);
+    // The message's MessageText and validation fields as a new row, Processed
+    // 0. The RecordNo of the row; 0 when it could not be written.
+    qint64 AddToEdgeQueue(const clsMessage &Message, const QString &AccountID, const QString &Source,
+                          const QString &UID, const QDateTime &MessageDate);
+    // The same from a MIME text, with the Processed given.
+    qint64 AddEMLToEdgeQueue(const QString &AccountID, const QString &Source, const QString &UID,
+                             const QDateTime &MessageDate, const QString &Mime, int Processed = 0);
+    // A plain-text test message for the account and trigger, Source "TEST"
+    // and a new UID, queued; its RecordNo, 0 when it failed.
+    qint64 AddTestToEdgeQueue(const QString &AccountID, const QString &TriggerID, const QString &Text);
+    // The MIME text AddTestToEdgeQueue queues.
+    static QString TestMessageMime(const clsAccount *Account, const QString &AccountID, const QString &TriggerID,
+                                   const QString &Text);
+    // Takes the oldest waiting row and loads it into Message (the thread's
+    // current message): RecordNo, validation fields, the MIME text and what
+    // its process headers say: account, forced trigger, user, Source, UID
+    // (MessageID), REProcess, IsRead, TestMessage. NewMessage is false when
+    // the identity is stored already. Taking is one UPDATE of the row with
+    // Processed 0 that changes it to 1 under this process's name, so two
+    // processors never take one row. False when nothing waits. Every eleventh
+    // call reopens the queue connection, so that it never holds the file
+    // for long.
+    bool GetEdgeQueue(clsMessage &Message);
+    qint64 GetEdgeQueueCount();
+    // "AccountID<tab>ValidateActionID<tab>UID" of the row; empty when there is none.
+    QString GetEdgeQueueUID(qint64 RecordNo);
+    bool DeleteEdgeQueueRecord(qint64 RecordNo);
+    // Releases the rows of messages whose store rows are committed.
+    bool DeleteEdgeQueueRecords(const QList<qint64> &RecordNos);
+    qint64 DeleteEdgeQueueProcessed();
+    // For a processor that starts: rows taken by processes of this machine
+    // that no longer run are deleted when their identity is stored and
+    // otherwise wait again (Processed 0). The number of rows that wait again;
+    // -1 when it failed.
+    qint64 ReturnTakenEdgeQueue();
+    // The name under which this process takes rows.
+    static QString EdgeQueueTaker();
+    // Rows taken by this process that it could not store wait again.
+    bool ReturnEdgeQueueRecords(const QList<qint64> &RecordNos);
+    // After a run on a stored message (a reprocess): its trigger, folder,
+    // error and success in the store row of its identity. No trigger is
+    // stored as "-". False when it failed; Updated tells whether a row of the
+    // identity was there.
+    bool UpdateMessageStoreTrigger(const clsMessage &Message, bool *Updated = nullptr);
+    // Writes a stored message back to the queue to be run again: its
+    // headers and body as MIME text, marked "Postvane-Reprocess: 1" (and
+    // "Postvane-Spam: Yes" when Spam), without its former trigger; any queue
+    // row of its identity is replaced. The new RecordNo; 0 when the message
+    // is not there (in the folder, when one is given) or the queue refused.
+    qint64 SaveMessageToReprocess(const QString &FolderID, qint64 RecordNo, bool Spam = false);
+    // A confirmed message waits again: Processed 0.
+    bool ValidateEdgeQueueMessage(qint64 RecordNo);
+    // Parks the row for validation: Processed 2 with the action, the expiry
+    // and the confirmation text.
+    bool ValidateRequired(qint64 RecordNo, const QString &ActionID, const QDateTime &Expires,
+                          const QString &ConfirmationMessage);
+
 private:
     bool OpenOnce();
     bool OpenSQLiteFiles();
@@ -218,11 +296,15 @@ private:
     // Adds a row through a row set: its RecordNo (0 for a table without
     // one), -1 when it failed (reported under Routine).
     qint64 AddRow(const QString &Table, const QVariantMap &Values, const QString &Routine);
+    qint64 AddQueueRow(const QVariantMap &Values, const QString &Routine);
+    bool EnsureQueueColumns();
+    // The oldest waiting row, taken by this process; 0 when none waits, -1 on failure.
+    qint64 TakeEdgeQueueRow();
     qint64 AddMessageRow(const clsMessage &Message);
-    void RollbackTransaction();
 
     const QString m_store;
     const QString m_reader;
     const QString m_queue;
     bool m_inTransaction = false;
+    int m_queueCalls = 0;
 };

@@ -1,5 +1,6 @@
-// postvane-server [--data DIR] [--port N] [--bind ADDR] [--create-store]
+// postvane-server [--data DIR] [--port N] [--bind ADDR] [--roles LIST] [--create-store]
 #include "foundation/Startup.h"
+#include "engine/ServerRoles.h"
 #include "server/PostvaneServer.h"
 #include "server/SignalWatcher.h"
 
@@ -27,13 +28,22 @@ int main(int argc, char **argv)
                                   QStringLiteral("ADDR"));
     const QCommandLineOption create(QStringLiteral("create-store"),
                                     QStringLiteral("Make the data folder, its store and first user, then end."));
-    parser.addOptions({data, port, bind, create});
+    const QCommandLineOption roles(QStringLiteral("roles"),
+                                   QStringLiteral("The roles to play, separated by commas: web, edge, processor, "
+                                                  "mailserver, outgoing (default all)."),
+                                   QStringLiteral("LIST"));
+    parser.addOptions({data, port, bind, create, roles});
     parser.process(app);
 
     ServerOptions options;
     options.DataFolder = parser.value(data);
     options.BindTo = parser.value(bind);
     options.CreateOnly = parser.isSet(create);
+    QString rolesError;
+    if (!ServerRoles::ParseRoles(parser.value(roles), options.Roles, rolesError)) {
+        std::fprintf(stderr, "postvane-server: %s\n", qPrintable(rolesError));
+        return 2;
+    }
     if (parser.isSet(port)) {
         bool number = false;
         options.Port = parser.value(port).toInt(&number);

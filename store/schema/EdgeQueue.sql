@@ -15,7 +15,11 @@ CREATE TABLE EdgeQueue (
   DateAdded                   DATETIME,
   MessageDate                 DATETIME,
   Mime                        TEXT,
-  Processed                   INTEGER DEFAULT 0
+  Processed                   INTEGER DEFAULT 0,
+  -- The processor process that took the row (Processed 1): host, process
+  -- id and its start time. The row of a process that no longer runs goes
+  -- back to 0 when a processor starts.
+  TakenBy                     VARCHAR(100)
 );
 CREATE INDEX EdgeQueue_key1 ON EdgeQueue(Processed, RecordNo);
 CREATE INDEX EdgeQueue_key2 ON EdgeQueue(Source, AccountID, UID);

@@ -53,7 +53,8 @@ CREATE TABLE EdgeQueue (
   DateAdded                   DATETIME,
   MessageDate                 DATETIME,
   Mime                        NVARCHAR(MAX),
-  Processed                   INT DEFAULT 0
+  Processed                   INT DEFAULT 0,
+  TakenBy                     VARCHAR(100)
 );
 CREATE INDEX EdgeQueue_key1 ON EdgeQueue(Processed, RecordNo);
 CREATE INDEX EdgeQueue_key2 ON EdgeQueue(Source, AccountID, UID);

@@ -42,8 +42,9 @@ ServerFixture::~ServerFixture()
 bool ServerFixture::Start()
 {
     m_process.start(QStringLiteral(POSTVANE_SERVER_PROGRAM),
-                    {QStringLiteral("--data"), DataPath(), QStringLiteral("--port"), QStringLiteral("0"),
-                     QStringLiteral("--bind"), BindTo});
+                    QStringList{QStringLiteral("--data"), DataPath(), QStringLiteral("--port"), QStringLiteral("0"),
+                                QStringLiteral("--bind"), BindTo}
+                        + Arguments);
     static const QRegularExpression listening(QStringLiteral("Listening on https://\\S+?:(\\d+)/"));
     QByteArray output;
     QDeadlineTimer deadline(30000);

@@ -4,6 +4,7 @@
 #include <QNetworkReply>
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 // The reply of one request: status 0 when none came.
@@ -39,6 +40,8 @@ public:
     QString DataPath() const { return m_root.path() + QStringLiteral("/data/"); }
     // The address Start has the server listen on.
     QString BindTo = QStringLiteral("127.0.0.1");
+    // More arguments for Start ("--roles", "web").
+    QStringList Arguments;
     quint16 Port = 0;
     QString Problem;
 
