@@ -4,6 +4,7 @@
 #include "ServerServices.h"
 #include "WebService.h"
 #include "engine/ServerRoles.h"
+#include "engine/mail/MailServerRole.h"
 #include "engine/processor/ProcessorRole.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Registry.h"
@@ -26,6 +27,14 @@ QString ListenAddress(const QHostAddress &Address, quint16 Port)
         host = Address.protocol() == QAbstractSocket::IPv6Protocol ? u'[' + Address.toString() + u']'
                                                                     : Address.toString();
     return QStringLiteral("https://") + host + u':' + QString::number(Port) + u'/';
+}
+
+// The users' passwords as an engine thread's configuration reading left
+// them, for the mail server's check of credentials on that thread.
+UserPasswords &ThreadPasswords()
+{
+    thread_local UserPasswords passwords;
+    return passwords;
 }
 
 } // namespace
@@ -75,7 +84,9 @@ bool PostvaneServer::Start(const ServerOptions &Options)
             }
         }
         UserPasswords passwords;
-        return store->Load(passwords);
+        const bool loaded = store->Load(passwords);
+        ThreadPasswords() = passwords;
+        return loaded;
     });
     if (m_webRole && !StartWebService(Options))
         return false;
@@ -101,6 +112,12 @@ void PostvaneServer::StartRoles()
             QMetaObject::invokeMethod(&m_push, [this, accountID, reason] { PauseAccount(accountID, reason); },
                                       Qt::QueuedConnection);
         };
+    if (MailServerRole *mailServer = m_roles->MailServer()) {
+        mailServer->Tls = m_tls;
+        mailServer->Authenticate = [](const QString &user, const QString &password) {
+            return ThreadPasswords().Authenticate(user, password) != nullptr;
+        };
+    }
     m_roles->Start();
 }
 
