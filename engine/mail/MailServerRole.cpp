@@ -6,8 +6,6 @@
 #include "store/clsMessageStore.h"
 
 #include <QEventLoop>
-#include <QSqlDatabase>
-#include <QSqlError>
 #include <QTimer>
 
 namespace {
@@ -63,11 +61,12 @@ void MailServerRole::Run()
     if (Listen(listener)) {
         QEventLoop loop;
         QTimer tick;
-        int ticks = 0;
+        // A change of the configuration in this process is read at the next
+        // tick; one of another process within ConfigurationCopy::RereadAfter.
         QObject::connect(&tick, &QTimer::timeout, &loop, [&] {
             if (Role.Stopping())
                 loop.quit();
-            else if (++ticks % 8 == 0)
+            else
                 configuration.Refresh();
             Role.LogKeptErrors();
         });
@@ -105,6 +104,8 @@ bool MailServerRole::Listen(SmtpListener &Listener)
                                : QStringLiteral("* The mail server cannot listen on ") + where + u':'
                                      + QString::number(portSSL) + QStringLiteral(": ") + Listener.LastError);
     }
+    if (!port && !portSSL)
+        Role.Log.Add(QStringLiteral("* The mail server has no port to listen on."));
     return m_port || m_portSSL;
 }
 
@@ -117,19 +118,24 @@ void MailServerRole::Commit()
         return;
     const QList<Pending> batch = std::move(m_pending);
     m_pending.clear();
-    QSqlDatabase queue = QSqlDatabase::database(m_store->QueueConnection(), false);
+    // Taken for writing at once: a transaction that reads first and writes
+    // later could meet the processor's writes and fail where it can wait.
+    const bool sqlite = m_store->Dialect == 99;
     QStringList ids;
-    bool ok = queue.transaction();
+    bool ok = m_store->ExecuteEQ(sqlite ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN TRANSACTION")) >= 0;
+    const bool begun = ok;
     for (const Pending &pending : batch) {
         QString id;
         ok = ok && Write(pending.Mail, id);
         ids << id;
     }
-    ok = ok && queue.commit();
+    ok = ok && m_store->ExecuteEQ(sqlite ? QStringLiteral("COMMIT") : QStringLiteral("COMMIT TRANSACTION")) >= 0;
     if (!ok) {
-        queue.rollback();
-        Role.Log.Add(QStringLiteral("* Messages could not be queued: ") + m_store->LastError
-                     + queue.lastError().text());
+        const QString reason = m_store->LastError;
+        if (begun)
+            m_store->ExecuteEQ(sqlite ? QStringLiteral("ROLLBACK") : QStringLiteral("ROLLBACK TRANSACTION"));
+        Role.LogKeptErrors();
+        Role.Log.Add(QStringLiteral("* Messages could not be queued: ") + reason);
     }
     for (int n = 0; n < batch.size(); ++n) {
         const InboundMail &mail = batch.at(n).Mail;

@@ -174,8 +174,11 @@ bool SmtpSession::TakeLine(QByteArray &Line, bool &BareLF)
     if (m_discarding || Line.size() > limit) {
         m_discarding = false;
         if (m_phase == Phase::Data) {
+            // Not kept; the message is refused at its end.
             m_longLine = true;
-            return true; // still read: it may end the message, which is then refused
+            Line.clear();
+            BareLF = false;
+            return true;
         }
         Refuse("500 5.5.2 Line too long");
         return TakeLine(Line, BareLF);
