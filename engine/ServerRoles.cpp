@@ -3,6 +3,7 @@
 #include "ServerRole.h"
 #include "foundation/GlobalBlock.h"
 #include "mail/MailServerRole.h"
+#include "mail/OutgoingRole.h"
 #include "processor/ProcessorRole.h"
 
 QStringList ServerRoles::AllRoles()
@@ -47,8 +48,7 @@ ServerRoles::ServerRoles(const QStringList &Roles, ConfigurationCopy::Loader Loa
         };
     }
     if (Roles.contains(QStringLiteral("outgoing")))
-        m_outgoing = std::make_unique<ServerRole>(QStringLiteral("Outgoing Email"), QStringLiteral("SMTPCLIENT.LOG"),
-                                                  QStringLiteral("Outgoing Email"));
+        m_outgoing = std::make_unique<OutgoingRole>(Load);
 }
 
 ServerRoles::~ServerRoles()
@@ -66,7 +66,7 @@ QList<ServerRole *> ServerRoles::Running() const
     if (m_mailServer)
         roles << &m_mailServer->Role;
     if (m_outgoing)
-        roles << m_outgoing.get();
+        roles << &m_outgoing->Role;
     return roles;
 }
 

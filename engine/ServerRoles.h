@@ -9,6 +9,7 @@
 
 class EdgeRole;
 class MailServerRole;
+class OutgoingRole;
 class RoleLog;
 class ProcessorRole;
 class ServerRole;
@@ -48,6 +49,6 @@ private:
     std::unique_ptr<EdgeRole> m_edge;
     std::unique_ptr<ProcessorRole> m_processor;
     std::unique_ptr<MailServerRole> m_mailServer;
-    std::unique_ptr<ServerRole> m_outgoing;
+    std::unique_ptr<OutgoingRole> m_outgoing;
     std::unique_ptr<RoleLog> m_messageLog;
 };

@@ -320,7 +320,8 @@ public:
     // A row whose attempt failed waits again with its count of attempts,
     // due at NextTry.
     bool ReturnOutBox(qint64 RecordNo, int Attempts, const QDateTime &NextTry);
-    // Rows a sender had when its process ended: status back below 100.
+    // Rows a sender took and did not finish by the date set at the take (its
+    // process ended): status back below 100, due at once.
     qint64 ReturnTakenOutBox();
     bool DeleteOutBox(qint64 RecordNo);
     bool GetOutBoxRecord(qint64 RecordNo);

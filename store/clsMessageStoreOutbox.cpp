@@ -160,7 +160,9 @@ bool clsMessageStore::ReturnOutBox(qint64 RecordNo, int Attempts, const QDateTim
 
 qint64 clsMessageStore::ReturnTakenOutBox()
 {
-    return Run(m_store, QStringLiteral("UPDATE Outbox SET Status=Status-100 WHERE Status >= 100"),
+    return Run(m_store,
+               QStringLiteral("UPDATE Outbox SET Status=Status-100 WHERE Status >= 100 AND ScheduledDate < ")
+                   + DateTimeLiteral(QDateTime::currentDateTime()),
                QStringLiteral("ReturnTakenOutBox"));
 }
 
@@ -227,7 +229,7 @@ bool clsMessageStore::SendScheduledEmail(qint64 RecordNo, bool *Found)
 {
     const qint64 changed = Run(m_store,
                                QStringLiteral("UPDATE OutBox SET ScheduledDate = ")
-                                   + DateTimeLiteral(QDateTime::currentDateTime().addSecs(-1))
+                                   + DateTimeLiteral(QDateTime::currentDateTime())
                                    + QStringLiteral(" WHERE (RecordNo=") + Number(RecordNo) + u')',
                                QStringLiteral("SendScheduledEmail"));
     if (Found)
