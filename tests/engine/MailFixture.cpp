@@ -17,7 +17,7 @@ namespace {
 
 // The keys of the settings file in the order the server reads them.
 const QStringList SettingsOrder{
-    QStringLiteral("DefaultFromAddress"), QStringLiteral("MailServerListenIncoming"), QStringLiteral("MailServerBindTo"),
+    QStringLiteral("AdminEmail"), QStringLiteral("DefaultFromAddress"), QStringLiteral("MailServerListenIncoming"), QStringLiteral("MailServerBindTo"),
     QStringLiteral("MailServerHostName"), QStringLiteral("MailServerPort"), QStringLiteral("MailServerPortSSL"),
     QStringLiteral("MailServerRelayIP"), QStringLiteral("MailServerRequireAuthentication"),
     QStringLiteral("MailServerAuthenticationTypes"), QStringLiteral("MailServerMaxMessageSize"),

@@ -223,6 +223,73 @@ private slots:
         QCOMPARE(mail.WaitForCount(QStringLiteral("MessageStore.db3"), QStringLiteral("SELECT 1-COUNT(*) FROM Outbox"), 1), 1);
         QVERIFY(mail.Log(QStringLiteral("SMTPCLIENT.LOG")).contains(QStringLiteral("* Message to carl@faraway.test subject Third given up after 8 attempts")));
     }
+
+    void requestsSendTestMailForwardAndHandleScheduledMail()
+    {
+        SmartHost host;
+        QVERIFY(host.Start());
+        MailFixture mail;
+        mail.Settings.insert(QStringLiteral("AdminEmail"), QStringLiteral("admin@orders.test"));
+        mail.Settings.insert(QStringLiteral("MailServerUseSmartHost"), QStringLiteral("-1"));
+        mail.Settings.insert(QStringLiteral("MailServerSmartHostIP"), QStringLiteral("127.0.0.1"));
+        mail.Settings.insert(QStringLiteral("MailServerSmartHostPort"), QString::number(host.Port));
+        QVERIFY2(mail.Start(), qPrintable(mail.Problem));
+        QCOMPARE(mail.PostAccount(QStringLiteral("A1"), QStringLiteral("orders.test"), QStringLiteral("*")), QStringLiteral("OK"));
+        QCOMPARE(mail.PostAccount(QStringLiteral("A2"), QStringLiteral("shop.test"), QStringLiteral("*")), QStringLiteral("OK"));
+        ServerFixture &server = mail.Server;
+
+        QCOMPARE(server.Post(QStringLiteral("sendtestemail.xml?subject=Hello%20there"), "Line one\nLine two").Text(), QStringLiteral("OK"));
+        QStringList received = host.WaitFor(1);
+        QCOMPARE(received.size(), 1);
+        QVERIFY(received.at(0).contains(QStringLiteral("X-RcptTo: admin@orders.test")));
+        QVERIFY(received.at(0).contains(QStringLiteral("Subject: Hello there")));
+        QVERIFY(received.at(0).contains(QStringLiteral("Line one\nLine two")) || received.at(0).contains(QStringLiteral("Line one\r\nLine two")));
+
+        // A stored message forwarded.
+        QCOMPARE(mail.Swaks({QStringLiteral("--to"), QStringLiteral("orders@orders.test"), QStringLiteral("--header"),
+                             QStringLiteral("Subject: To forward")}),
+                 0);
+        QCOMPARE(mail.WaitForCount(QStringLiteral("MessageStore.db3"), QStringLiteral("SELECT COUNT(*) FROM MessageStore"), 1), 1);
+        const QString stored = mail.Scalar(QStringLiteral("MessageStore.db3"), QStringLiteral("SELECT RecordNo FROM MessageStore")).toString();
+        QVERIFY(server.Get(QStringLiteral("forwardmessage.xml?recordno=") + stored + QStringLiteral("&email=")).Refused());
+        QCOMPARE(server.Get(QStringLiteral("forwardmessage.xml?recordno=") + stored + QStringLiteral("&email=dan%40faraway.test")).Text(),
+                 QStringLiteral("OK"));
+        received = host.WaitFor(2);
+        QCOMPARE(received.size(), 2);
+        QVERIFY(received.at(1).contains(QStringLiteral("X-RcptTo: dan@faraway.test")));
+        QVERIFY(received.at(1).contains(QStringLiteral("Subject: To forward")));
+
+        // Scheduled mail of A1.
+        for (const char *subject : {"Reminder 1", "Reminder 2", "Other"})
+            mail.Scalar(QStringLiteral("MessageStore.db3"),
+                        QStringLiteral("INSERT INTO Outbox (AccountID,TriggerID,ScheduledDate,Scheduled,Subject,MailTo,MailFrom,Mime,Status) "
+                                       "VALUES ('A1','T1','2040-01-01 10:00:00',1,'%1','eve@faraway.test','a@orders.test',"
+                                       "'Subject: %1\r\n\r\nText\r\n',0)")
+                            .arg(QLatin1String(subject)));
+        const QStringList rows = server.Get(QStringLiteral("getscheduledmessages.xml?accountid=A1")).Text().split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(rows.size(), 3);
+        const QString first = rows.at(0).section(u'\t', 0, 0);
+        QCOMPARE(rows.at(0).section(u'\t', 7, 7), QStringLiteral("Reminder 1"));
+        QVERIFY(server.Get(QStringLiteral("getscheduledmessages.xml?accountid=A2")).Text().isEmpty());
+        QCOMPARE(server.Get(QStringLiteral("getscheduledmessage.xml?accountid=A1&recordno=") + first).Text(),
+                 QStringLiteral("Subject: Reminder 1\r\n\r\nText\r\n"));
+        QVERIFY2(server.Get(QStringLiteral("getscheduledmessage.xml?accountid=A2&recordno=") + first).Refused(),
+                 "a row of another account is not reached through this one");
+        QVERIFY(server.Get(QStringLiteral("deletescheduledmessage.xml?accountid=A2&recordno=") + first).Refused());
+
+        QCOMPARE(server.Get(QStringLiteral("sendscheduledmessage.xml?accountid=A1&recordno=") + first).Text(), QStringLiteral("OK"));
+        received = host.WaitFor(3);
+        QCOMPARE(received.size(), 3);
+        QVERIFY(received.at(2).contains(QStringLiteral("Subject: Reminder 1")));
+        QCOMPARE(mail.WaitForCount(QStringLiteral("MessageStore.db3"),
+                                   QStringLiteral("SELECT 1-COUNT(*) FROM Outbox WHERE Subject='Reminder 1'"), 1),
+                 1); // a sent row is gone
+        const QString second = server.Get(QStringLiteral("getscheduledmessages.xml?accountid=A1")).Text().section(u'\t', 0, 0);
+        QCOMPARE(server.Get(QStringLiteral("deletescheduledmessage.xml?accountid=A1&recordno=") + second).Text(), QStringLiteral("OK"));
+        QCOMPARE(server.Get(QStringLiteral("getscheduledmessages.xml?accountid=A1")).Text().count(u'\n'), 1);
+        QCOMPARE(server.Get(QStringLiteral("deletescheduledmessages.xml?accountid=A1&searchtext=Oth")).Text(), QStringLiteral("OK"));
+        QVERIFY(server.Get(QStringLiteral("getscheduledmessages.xml?accountid=A1")).Text().isEmpty());
+    }
 };
 
 POSTVANE_TEST(tst_Outbox)
