@@ -86,6 +86,7 @@ public:
         QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
         tls.setPeerVerifyMode(QSslSocket::VerifyNone);
         request.setSslConfiguration(tls);
+        request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("text/xml"));
         QNetworkReply *reply = Body.isNull() ? network.get(request) : network.post(request, Body);
         QEventLoop loop;
         QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
