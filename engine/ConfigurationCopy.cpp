@@ -1,7 +1,7 @@
 #include "ConfigurationCopy.h"
 
 ConfigurationCopy::ConfigurationCopy(Loader Load)
-    : m_load(std::move(Load))
+    : m_read(Load ? Load() : Reader())
     , m_organizations(std::make_unique<colOrganization>())
     , m_users(std::make_unique<colUsers>())
     , m_folders(std::make_unique<colUserFolders>())
@@ -21,7 +21,7 @@ bool ConfigurationCopy::Refresh()
     const quint64 generation = ConfigurationGeneration();
     if (generation == m_generation && !m_reread.hasExpired())
         return true;
-    if (!m_load || !m_load())
+    if (!m_read || !m_read())
         return false;
     m_generation = generation;
     m_reread.setRemainingTime(RereadAfter);

@@ -14,9 +14,12 @@
 class ConfigurationCopy
 {
 public:
-    // Loads the configuration into the calling thread's collections: the
-    // server reads its configuration database on a connection of the thread.
-    using Loader = std::function<bool()>;
+    // Reads the configuration into the calling thread's collections.
+    using Reader = std::function<bool()>;
+    // Makes the Reader of the calling thread. What the Reader holds (the
+    // server's connection to its configuration database) ends with the copy,
+    // on that thread.
+    using Loader = std::function<Reader()>;
 
     explicit ConfigurationCopy(Loader Load);
     ~ConfigurationCopy();
@@ -38,7 +41,7 @@ public:
 private:
     static constexpr quint64 NoGeneration = ~quint64(0);
 
-    Loader m_load;
+    Reader m_read;
     std::unique_ptr<colOrganization> m_organizations;
     std::unique_ptr<colUsers> m_users;
     std::unique_ptr<colUserFolders> m_folders;

@@ -4,6 +4,7 @@
 #include "foundation/Startup.h"
 #include "foundation/TextHelpers.h"
 
+#include <QHash>
 #include <QRegularExpression>
 #include <algorithm>
 #include <exception>
@@ -25,6 +26,23 @@ qint32 FirstVisibleChar(QStringView text)
     return 0;
 }
 
+// Compiling an expression costs more than most searches with it, and the
+// server searches with the same few expressions message after message: each
+// thread keeps what it compiled, up to a bound.
+const QRegularExpression &Compiled(const QString &expression, bool ignoreCase)
+{
+    constexpr qsizetype Kept = 1000;
+    thread_local QHash<QString, QRegularExpression> compiled[2];
+    QHash<QString, QRegularExpression> &kept = compiled[ignoreCase ? 1 : 0];
+    const auto found = kept.constFind(expression);
+    if (found != kept.constEnd())
+        return *found;
+    if (kept.size() >= Kept)
+        kept.clear();
+    return *kept.insert(expression, QRegularExpression(expression, ignoreCase ? QRegularExpression::CaseInsensitiveOption
+                                                                              : QRegularExpression::NoPatternOption));
+}
+
 // Searches the text from Start on, as if the text began there: "^" anchors at
 // the start and the result is moved back to a position in the whole text.
 Hit Locate(QStringView text, const QString &expression, qint32 start, bool ignoreCase)
@@ -35,8 +53,7 @@ Hit Locate(QStringView text, const QString &expression, qint32 start, bool ignor
     if (expression == u"*") {
         hit.Start = FirstVisibleChar(searched);
     } else {
-        const QRegularExpression re(expression, ignoreCase ? QRegularExpression::CaseInsensitiveOption
-                                                           : QRegularExpression::NoPatternOption);
+        const QRegularExpression &re = Compiled(expression, ignoreCase);
         if (!re.isValid())
             return Hit{};
         const QRegularExpressionMatch match = re.match(searched);

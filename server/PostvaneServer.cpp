@@ -75,18 +75,14 @@ bool PostvaneServer::Start(const ServerOptions &Options)
     const QString configuration = ConfigurationFile();
     m_roles = std::make_unique<ServerRoles>(roles, [configuration] {
         // Each engine thread reads the configuration on a connection of its own.
-        thread_local std::unique_ptr<ConfigStore> store;
-        if (!store) {
-            store = std::make_unique<ConfigStore>();
-            if (!store->Open(configuration)) {
-                store.reset();
-                return false;
-            }
-        }
-        UserPasswords passwords;
-        const bool loaded = store->Load(passwords);
-        ThreadPasswords() = passwords;
-        return loaded;
+        auto store = std::make_shared<ConfigStore>();
+        return [configuration, store, open = false]() mutable {
+            open = open || store->Open(configuration);
+            UserPasswords passwords;
+            const bool loaded = open && store->Load(passwords);
+            ThreadPasswords() = passwords;
+            return loaded;
+        };
     });
     if (m_webRole && !StartWebService(Options))
         return false;

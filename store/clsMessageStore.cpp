@@ -10,6 +10,7 @@
 #include "foundation/Registry.h"
 #include "foundation/Startup.h"
 #include "foundation/TextHelpers.h"
+#include "foundation/clsXML.h"
 #include "model/GlobalCollections.h"
 #include "model/clsAccount.h"
 #include "model/clsAccountTrigger.h"
@@ -155,7 +156,15 @@ bool clsMessageStore::OpenSQLiteFiles()
     // read-only reader.
     return EnsureDatabaseFile(store, StoreFile, &LastError) && EnsureDatabaseFile(queue, QueueFile, &LastError)
         && OpenSQLite(m_store, store, false, &LastError) && OpenSQLite(m_reader, store, true, &LastError)
-        && OpenSQLite(m_queue, queue, false, &LastError) && EnsureQueueColumns();
+        && OpenQueue() && EnsureQueueColumns();
+}
+
+bool clsMessageStore::OpenQueue()
+{
+    if (!OpenSQLite(m_queue, Global.DataPath + QueueFile, false, &LastError))
+        return false;
+    return DurableQueueWrites
+        || Run(m_queue, QStringLiteral("PRAGMA synchronous=NORMAL"), QStringLiteral("OpenMessageStore")) >= 0;
 }
 
 bool clsMessageStore::OpenServer()
@@ -1153,6 +1162,36 @@ qint64 clsMessageStore::TakeEdgeQueueRow()
     }
 }
 
+std::optional<QSqlRecord> clsMessageStore::TakeEdgeQueueRecord()
+{
+    const QString routine = QStringLiteral("GetEdgeQueue");
+    const QString columns = QStringLiteral("RecordNo,AccountID,Source,UID,ValidateActionID,ValidateInputFieldsXML,Mime");
+    if (Dialect == 99) {
+        // One statement takes the oldest waiting row and returns it.
+        auto taken = Select(m_queue,
+                            QStringLiteral("UPDATE EdgeQueue SET Processed=1,TakenBy=") + Quote(EdgeQueueTaker())
+                                + QStringLiteral(" WHERE RecordNo=(SELECT RecordNo FROM EdgeQueue WHERE Processed=0 "
+                                                 "ORDER BY RecordNo LIMIT 1) AND Processed=0 RETURNING ")
+                                + columns,
+                            routine);
+        if (!taken)
+            return std::nullopt;
+        return taken->next() ? taken->record() : QSqlRecord();
+    }
+    const qint64 recordNo = TakeEdgeQueueRow();
+    if (recordNo < 0)
+        return std::nullopt;
+    if (recordNo == 0)
+        return QSqlRecord();
+    auto row = Select(QueueConnection(),
+                      QStringLiteral("SELECT ") + columns + QStringLiteral(" FROM EdgeQueue WHERE RecordNo=")
+                          + Number(recordNo),
+                      routine);
+    if (!row)
+        return std::nullopt;
+    return row->next() ? row->record() : QSqlRecord();
+}
+
 bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
 {
     const QString routine = QStringLiteral("GetEdgeQueue");
@@ -1160,33 +1199,29 @@ bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
         m_queueCalls = 0;
         clsRowSet::ForgetConnection(m_queue);
         CloseConnection(m_queue);
-        if (!OpenSQLite(m_queue, Global.DataPath + QueueFile, false, &LastError)) {
+        if (!OpenQueue()) {
             LogError(routine, LastError);
             return false;
         }
     }
-    const qint64 recordNo = TakeEdgeQueueRow();
-    if (recordNo <= 0)
+    const std::optional<QSqlRecord> row = TakeEdgeQueueRecord();
+    if (!row || row->isEmpty())
         return false;
-    auto row = Select(QueueConnection(),
-                      QStringLiteral("SELECT AccountID,Source,UID,ValidateActionID,ValidateInputFieldsXML,Mime FROM "
-                                     "EdgeQueue WHERE RecordNo=")
-                          + Number(recordNo),
-                      routine);
-    if (!row || !row->next())
-        return false;
-    Message.EdgeQueueRecordNo = qint32(recordNo);
-    Message.ValidateActionID = row->value(3).toString();
-    Message.ValidationInputFieldsXML = row->value(4).toString();
-    const QString mime = row->value(5).toString();
-    LoadMessageMime(Message, mime);
+    Message.EdgeQueueRecordNo = qint32(row->value(0).toLongLong());
+    Message.ValidateActionID = row->value(4).toString();
+    Message.ValidationInputFieldsXML = row->value(5).toString();
+    LoadMessageMime(Message, row->value(6).toString());
 
     const auto header = [&Message](const char *Name) {
         return Message.HeaderValue(QLatin1String(Name)).trimmed();
     };
     QString accountID = header("Postvane-AccountID");
-    if (accountID.isEmpty())
-        accountID = row->value(0).toString();
+    if (accountID.isEmpty()) {
+        // The row's account is the message's, also for whoever reads its headers.
+        accountID = row->value(1).toString().trimmed();
+        if (!accountID.isEmpty())
+            Message.AddHeader(QStringLiteral("Postvane-AccountID"), accountID);
+    }
     Message.Account = Accounts().Item(accountID);
     const QString triggerID = header("Postvane-TriggerID");
     if (Message.Account && !triggerID.isEmpty())
@@ -1194,10 +1229,10 @@ bool clsMessageStore::GetEdgeQueue(clsMessage &Message)
     Message.UserID = header("Postvane-UserID");
     Message.Source = header("Postvane-Source");
     if (Message.Source.isEmpty())
-        Message.Source = row->value(1).toString();
+        Message.Source = row->value(2).toString();
     Message.MessageID = header("Postvane-UID");
     if (Message.MessageID.isEmpty())
-        Message.MessageID = row->value(2).toString();
+        Message.MessageID = row->value(3).toString();
     if (Message.MessageID.isEmpty())
         Message.MessageID = header("Message-Id");
     Message.REProcess = header("Postvane-Reprocess") == u"1";
@@ -1373,4 +1408,205 @@ qint64 clsMessageStore::SaveMessageToReprocess(const QString &FolderID, qint64 R
         return 0;
     return AddEMLToEdgeQueue(accountID, source, uid, SafeDate(row.value(QStringLiteral("MessageDate"))),
                              mail.GetMimeText());
+}
+
+QStringList clsMessageStore::GetExpiredValidationMessage()
+{
+    const QString routine = QStringLiteral("GetExpiredValidationMessage");
+    struct Parked
+    {
+        qint64 RecordNo;
+        int Type;
+        QString AccountID, Source, UID, Mime;
+    };
+    QList<Parked> expired;
+    {
+        auto rows = Select(QueueConnection(),
+                           QStringLiteral("SELECT RecordNo,ValidateExpiresType,AccountID,Source,UID,Mime FROM EdgeQueue "
+                                          "WHERE Processed = 2 AND ValidateExpires < ")
+                               + DateTimeLiteral(QDateTime::currentDateTime()) + QStringLiteral(" ORDER BY RecordNo"),
+                           routine);
+        if (!rows)
+            return {};
+        while (rows->next())
+            expired << Parked{rows->value(0).toLongLong(), rows->value(1).toInt(), rows->value(2).toString(),
+                              rows->value(3).toString(), rows->value(4).toString(), rows->value(5).toString()};
+    }
+    QStringList lines;
+    for (const Parked &row : std::as_const(expired)) {
+        const QString number = Number(row.RecordNo);
+        clsAccount *account = Accounts().Item(row.AccountID);
+        if (!account) {
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired pending validation message of an account that no longer exists deleted ")
+                    + number;
+        } else if (row.Type == 1) {
+            ValidateEdgeQueueMessage(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message will now be processed ") + number;
+        } else if (row.Type == 0) {
+            // Loaded as the thread's current message, which header reading
+            // relies on; the message in hand comes back afterwards.
+            std::unique_ptr<clsMessage> inHand = ReplaceCurrentMessage(nullptr);
+            clsMessage &message = CurrentMessage();
+            LoadMessageMime(message, row.Mime);
+            message.Account = account;
+            message.Source = row.Source;
+            message.MessageID = row.UID;
+            const bool stored = IsStoredMessage(account->AccountID, row.Source, row.UID) || AddToMailStore(message) > 0;
+            ReplaceCurrentMessage(std::move(inHand));
+            if (!stored)
+                continue; // it stays parked and is tried again
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message added to Message Store ") + number;
+        } else {
+            DeleteEdgeQueueRecord(row.RecordNo);
+            lines << QStringLiteral("Expired or rejected pending validation message deleted ") + number;
+        }
+    }
+    return lines;
+}
+
+bool clsMessageStore::GetEdgeQueueNoTriggerAssigned(clsMessage &Message)
+{
+    const QString routine = QStringLiteral("GetEdgeQueueNoTriggerAssigned");
+    auto row = Select(QueueConnection(),
+                      SelectFirst(QStringLiteral("RecordNo,Mime"),
+                                  QStringLiteral("EdgeQueue WHERE Processed=99 ORDER BY RecordNo")),
+                      routine);
+    if (!row || !row->next())
+        return false;
+    Message.EdgeQueueRecordNo = qint32(row->value(0).toLongLong());
+    LoadMessageMime(Message, row->value(1).toString());
+    Message.Account = Accounts().Item(Message.HeaderValue(QStringLiteral("Postvane-AccountID")).trimmed());
+    Message.Source = Message.HeaderValue(QStringLiteral("Postvane-Source")).trimmed();
+    Message.MessageID = Message.HeaderValue(QStringLiteral("Postvane-UID")).trimmed();
+    return true;
+}
+
+bool clsMessageStore::AssignEdgeQueueTrigger(qint64 RecordNo, const QString &TriggerID)
+{
+    const QString routine = QStringLiteral("GetEdgeQueueNoTriggerAssigned");
+    const auto mime
+        = Scalar(QueueConnection(), QStringLiteral("SELECT Mime FROM EdgeQueue WHERE RecordNo=") + Number(RecordNo), routine);
+    if (!mime || !mime->isValid())
+        return false;
+    MimeMail mail;
+    mail.LoadMime(mime->toString());
+    mail.SetHeader(QStringLiteral("Postvane-TriggerID"), TriggerID);
+    return Run(QueueConnection(),
+               QStringLiteral("UPDATE EdgeQueue SET Mime=") + Quote(mail.GetMimeText())
+                   + QStringLiteral(",Processed=0 WHERE RecordNo=") + Number(RecordNo),
+               routine)
+        > 0;
+}
+
+qint64 clsMessageStore::CopyMessage(qint64 RecordNo, const QString &ToFolderID)
+{
+    const QString routine = QStringLiteral("CopyMessage");
+    QVariantMap values;
+    {
+        auto row = Select(m_store, QStringLiteral("SELECT * FROM MessageStore WHERE RecordNo=") + Number(RecordNo), routine);
+        if (!row || !row->next())
+            return 0;
+        const QSqlRecord record = row->record();
+        for (int n = 0; n < record.count(); ++n)
+            if (record.fieldName(n).compare(QStringLiteral("RecordNo"), Qt::CaseInsensitive) != 0)
+                values.insert(record.fieldName(n), record.value(n));
+    }
+    values.insert(QStringLiteral("FolderID"), StoredID(ToFolderID));
+    return qMax<qint64>(0, AddRow(QStringLiteral("MessageStore"), values, routine));
+}
+
+bool clsMessageStore::WriteMessageToFile(qint64 RecordNo, const QString &Path)
+{
+    auto row = Select(m_store, QStringLiteral("SELECT Headers,Body FROM MessageStore WHERE RecordNo=") + Number(RecordNo),
+                      QStringLiteral("WriteMessageToFile"));
+    if (!row || !row->next())
+        return false;
+    QFile file(Path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        LastError = file.errorString();
+        LogError(QStringLiteral("WriteMessageToFile"), LastError);
+        return false;
+    }
+    const QByteArray text
+        = (row->value(0).toString() + QStringLiteral("\r\n") + row->value(1).toString()).toUtf8();
+    return file.write(text) == text.size();
+}
+
+qint64 clsMessageStore::AddToPendingStore(const clsMessage &Message)
+{
+    return qMax<qint64>(0, AddRow(QStringLiteral("Pending"),
+                                  {{QStringLiteral("UID"), Message.MessageID},
+                                   {QStringLiteral("OrganizationID"), Message.OrganizationID()},
+                                   {QStringLiteral("AccountID"),
+                                    StoredID(Message.Account ? Message.Account->AccountID : QString())},
+                                   {QStringLiteral("TriggerID"),
+                                    StoredID(Message.Trigger() ? Message.Trigger()->TriggerID : QString())},
+                                   {QStringLiteral("Headers"), Message.MessageHeader()},
+                                   {QStringLiteral("Message"), Message.MessageText},
+                                   {QStringLiteral("DateAdded"), QDateTime::currentDateTime()},
+                                   {QStringLiteral("Source"), Message.Source}},
+                                  QStringLiteral("AddToPendingStore")));
+}
+
+qint64 clsMessageStore::AddEMLToPendingStore(const QString &AccountID, const QString &TriggerID, const QString &Source,
+                                             const QString &UID, const QString &Mime)
+{
+    const clsAccount *account = Accounts().Item(AccountID);
+    return qMax<qint64>(0, AddRow(QStringLiteral("Pending"),
+                                  {{QStringLiteral("UID"), UID},
+                                   {QStringLiteral("OrganizationID"), account ? account->OrganizationID : QString()},
+                                   {QStringLiteral("AccountID"), AccountID},
+                                   {QStringLiteral("TriggerID"), TriggerID},
+                                   {QStringLiteral("Message"), Mime},
+                                   {QStringLiteral("DateAdded"), QDateTime::currentDateTime()},
+                                   {QStringLiteral("Source"), Source}},
+                                  QStringLiteral("AddEMLToPendingStore")));
+}
+
+bool clsMessageStore::GetPendingMessage(clsMessage &Message)
+{
+    const QString routine = QStringLiteral("GetPendingMessage");
+    QSqlRecord row;
+    {
+        auto query = Select(m_store,
+                            SelectFirst(QStringLiteral("RecordNo,UID,AccountID,TriggerID,Source,Message"),
+                                        QStringLiteral("Pending ORDER BY DateAdded,RecordNo")),
+                            routine);
+        if (!query || !query->next())
+            return false;
+        row = query->record();
+    }
+    LoadMessageMime(Message, row.value(QStringLiteral("Message")).toString());
+    Message.MessageID = row.value(QStringLiteral("UID")).toString();
+    Message.Source = row.value(QStringLiteral("Source")).toString();
+    Message.Account = Accounts().Item(row.value(QStringLiteral("AccountID")).toString());
+    if (Message.Account)
+        Message.setTrigger(Message.Account->TriggerFromID(row.value(QStringLiteral("TriggerID")).toString()));
+    if (Message.Importance.isEmpty())
+        Message.Importance = QStringLiteral("NORMAL");
+    return Run(m_store,
+               QStringLiteral("DELETE FROM Pending WHERE RecordNo = ")
+                   + Number(row.value(QStringLiteral("RecordNo")).toLongLong()),
+               routine)
+        >= 0;
+}
+
+QString clsMessageStore::GetLastMessageDates()
+{
+    clsXML writer;
+    writer.XMLSectionStart(QStringLiteral("LastDates"));
+    for (const clsAccount *account : Accounts()) {
+        writer.XMLSectionStart(clsAccount::ClassName);
+        writer.Append(account->AccountID, QStringLiteral("AccountID"));
+        for (const char *source : {"IMAP", "POP3", "RSS"}) {
+            const QDateTime newest = GetLastMSGDate(account->AccountID, QLatin1String(source));
+            if (newest != NoDate())
+                writer.Append(newest, QLatin1String(source));
+        }
+        writer.XMLSectionEnd(clsAccount::ClassName);
+    }
+    writer.XMLSectionEnd(QStringLiteral("LastDates"));
+    return writer.GetXML();
 }

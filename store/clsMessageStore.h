@@ -2,7 +2,9 @@
 #include <QDate>
 #include <QDateTime>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 #include <optional>
@@ -231,6 +233,14 @@ public:
     // thread that opened the store: each worker thread of the engine opens a
     // clsMessageStore of its own and uses it alone.
 
+    // Whether a write to the queue is on disk before it returns (SQLite's
+    // full synchronous mode), as a reader of a source needs before it deletes
+    // the message at the source. The processor's writes to the queue (taking
+    // and releasing rows) need not be: a take lost to a power failure leaves
+    // the row waiting, a release lost leaves a taken row whose message is
+    // stored, which the next start releases. Set before opening.
+    bool DurableQueueWrites = true;
+
     // True when neither the store nor the queue (at any Processed) holds the
     // identity.
     bool IsNewMessage(const QString &AccountID, const QString &Source, const QString &UID);
@@ -288,6 +298,36 @@ public:
     // row of its identity is replaced. The new RecordNo; 0 when the message
     // is not there (in the folder, when one is given) or the queue refused.
     qint64 SaveMessageToReprocess(const QString &FolderID, qint64 RecordNo, bool Spam = false);
+    // Settles the parked rows whose validation has expired, by their
+    // ValidateExpiresType: 0 stores the message as it is and deletes the row,
+    // 1 lets it be processed now, any other deletes it; a row of an account
+    // that no longer exists is deleted. The log line of each, ending in the
+    // row's number.
+    QStringList GetExpiredValidationMessage();
+    // The oldest row received with no trigger assigned (Processed 99) into
+    // Message: its RecordNo and MIME text, and the account, Source and UID
+    // of its process headers. False when there is none.
+    bool GetEdgeQueueNoTriggerAssigned(clsMessage &Message);
+    // The trigger chosen for such a row goes into its MIME text as
+    // "Postvane-TriggerID", and the row waits to be processed.
+    bool AssignEdgeQueueTrigger(qint64 RecordNo, const QString &TriggerID);
+    // A copy of the stored message in another folder: every column but
+    // RecordNo. The copy's RecordNo; 0 when there is no such message.
+    qint64 CopyMessage(qint64 RecordNo, const QString &ToFolderID);
+    // The stored message's headers, CR LF and body, as a file.
+    bool WriteMessageToFile(qint64 RecordNo, const QString &Path);
+    // Pending messages: kept whole until their turn. The row's RecordNo; 0
+    // when it failed.
+    qint64 AddToPendingStore(const clsMessage &Message);
+    qint64 AddEMLToPendingStore(const QString &AccountID, const QString &TriggerID, const QString &Source,
+                                const QString &UID, const QString &Mime);
+    // The oldest pending message into Message (its importance "NORMAL" when
+    // it names none), its row removed. False when there is none.
+    bool GetPendingMessage(clsMessage &Message);
+    // "<LastDates>" with an "<Account>" per account: its AccountID and the
+    // newest message date in the store and the queue of its IMAP, POP3 and
+    // RSS sources, in the tags the accounts read them from.
+    QString GetLastMessageDates();
     // A confirmed message waits again: Processed 0.
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry
@@ -364,8 +404,12 @@ private:
     qint64 AddRow(const QString &Table, const QVariantMap &Values, const QString &Routine);
     qint64 AddQueueRow(const QVariantMap &Values, const QString &Routine);
     bool EnsureQueueColumns();
+    bool OpenQueue();
     // The oldest waiting row, taken by this process; 0 when none waits, -1 on failure.
     qint64 TakeEdgeQueueRow();
+    // The columns the processor reads of the row it takes; an empty record
+    // when none waits, nullopt on failure.
+    std::optional<QSqlRecord> TakeEdgeQueueRecord();
     qint64 AddMessageRow(const clsMessage &Message);
 
     const QString m_store;

@@ -14,6 +14,7 @@
 #include "store/clsMessageStore.h"
 
 #include <QLocale>
+#include <QRegularExpression>
 #include <QSet>
 
 namespace {
@@ -42,7 +43,6 @@ bool WordsFound(const clsAccountTrigger &Trigger, const clsMessage &Message)
     const QStringList words = Trigger.SubjectLineLIKE.split(u'\t', Qt::SkipEmptyParts);
     if (words.isEmpty())
         return true;
-    int found = 0;
     for (const QString &word : words) {
         const QString wanted = word.trimmed();
         if (wanted.isEmpty())
@@ -53,7 +53,6 @@ bool WordsFound(const clsAccountTrigger &Trigger, const clsMessage &Message)
             return true;
         if (!here && Trigger.CheckALLWords)
             return false;
-        found += here;
     }
     return Trigger.CheckALLWords;
 }
@@ -63,7 +62,8 @@ bool SenderFits(const clsAccountTrigger &Trigger, const clsMessage &Message)
     const QString pattern = Trigger.FromAddressLIKE.trimmed();
     if (pattern.isEmpty() || pattern == u"*")
         return true;
-    for (const QString &one : pattern.split(QRegularExpression(QStringLiteral("[;,]")), Qt::SkipEmptyParts))
+    static const QRegularExpression separators(QStringLiteral("[;,]"));
+    for (const QString &one : pattern.split(separators, Qt::SkipEmptyParts))
         if (Like(Message.From, one.trimmed()) || Like(Message.FromFull(), one.trimmed()))
             return true;
     return false;
@@ -205,6 +205,8 @@ QString MessageProcessor::MismatchReason(const clsAccountTrigger &Trigger, const
 clsAccountTrigger *MessageProcessor::RunTrigger(clsAccountTrigger &Trigger, clsMessage &Message)
 {
     Message.setTrigger(&Trigger);
+    if (!Trigger.SaveToFolderID.trimmed().isEmpty())
+        Message.FolderID = Trigger.SaveToFolderID.trimmed();
     const int errorsBefore = Message.ErrorCount;
     bool goOn = ExtractFields(Trigger, Message);
     if (goOn)

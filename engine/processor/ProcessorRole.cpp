@@ -1,6 +1,7 @@
 #include "ProcessorRole.h"
 #include "MessageProcessor.h"
 #include "foundation/GlobalBlock.h"
+#include "model/GlobalCollections.h"
 #include "model/clsAccount.h"
 #include "model/clsAccountTrigger.h"
 #include "store/clsEventLog.h"
@@ -23,6 +24,8 @@ struct ProcessorRole::Worker
     std::vector<std::unique_ptr<clsMessage>> Messages;
     QList<QStringList> Lines;
     QList<qint64> Rows;
+    QDeadlineTimer ValidationDue{0};
+    QDeadlineTimer ArchiveDue{0};
 };
 
 ProcessorRole::ProcessorRole(ConfigurationCopy::Loader Load, int Threads)
@@ -41,6 +44,7 @@ ProcessorRole::~ProcessorRole()
 void ProcessorRole::Run(int ThreadNumber)
 {
     Worker thread(m_load);
+    thread.Store.DurableQueueWrites = false;
     if (!thread.Store.OpenMessageStore()) {
         Role.LogKeptErrors();
         Role.Log.Add(QStringLiteral("* The message processor cannot open the message store: ") + thread.Store.LastError);
@@ -60,6 +64,8 @@ void ProcessorRole::Run(int ThreadNumber)
             Role.Idle(5000);
             continue;
         }
+        if (ThreadNumber == 1)
+            Housekeeping(thread);
         const int taken = ProcessBatch(thread);
         Role.LogKeptErrors();
         if (taken == 0)
@@ -125,10 +131,8 @@ bool ProcessorRole::StoreBatch(Worker &Thread)
             return false;
         }
     }
-    if (!store.EndTransaction())
-        return false;
-
-    // The process logs follow the rows they belong to.
+    // The process logs are there before the rows are seen: a reader of a
+    // stored message finds its log.
     Thread.Events.BeginTransaction();
     QStringList roleLines;
     for (std::size_t n = 0; n < Thread.Messages.size(); ++n) {
@@ -138,11 +142,42 @@ bool ProcessorRole::StoreBatch(Worker &Thread)
             lines << QStringLiteral("Stored in the message store as number %1").arg(stored.at(qsizetype(n)));
         const QString accountID = message.Account ? message.Account->AccountID : QString();
         const QString triggerID = message.Trigger() ? message.Trigger()->TriggerID : QString();
-        for (const QString &line : std::as_const(lines))
-            Thread.Events.AddRemoteEvent(line, QDateTime::currentDateTime(), accountID, triggerID, message.MessageID);
+        // One entry holds the message's lines, joined as the reader of a
+        // message's log joins entries.
+        Thread.Events.AddRemoteEvent(lines.join(u'\n'), QDateTime::currentDateTime(), accountID, triggerID,
+                                     message.MessageID);
         roleLines << lines;
     }
     Thread.Events.CommitTransaction();
+    if (!store.EndTransaction())
+        return false;
     Role.Log.AddLines(roleLines);
     return true;
+}
+
+void ProcessorRole::Housekeeping(Worker &Thread)
+{
+    if (Thread.ValidationDue.hasExpired()) {
+        Thread.ValidationDue.setRemainingTime(ValidationMilliseconds);
+        Role.Log.AddLines(Thread.Store.GetExpiredValidationMessage());
+    }
+    if (Thread.ArchiveDue.hasExpired()) {
+        Thread.ArchiveDue.setRemainingTime(ArchiveMilliseconds);
+        Archive(Thread);
+    }
+}
+
+void ProcessorRole::Archive(Worker &Thread)
+{
+    for (const clsAccount *account : Accounts()) {
+        if (!account->Archive || account->ArchiveDays <= 0)
+            continue;
+        const qint64 deleted = Thread.Store.DeleteOldMessages(
+            account->AccountID, QDateTime(QDate::currentDate().addDays(-account->ArchiveDays), QTime(0, 0)));
+        if (deleted > 0)
+            Role.Log.Add(QStringLiteral("Archive: %1 messages of account %2 older than %3 days deleted")
+                             .arg(deleted)
+                             .arg(account->Name)
+                             .arg(account->ArchiveDays));
+    }
 }

@@ -30,6 +30,9 @@ public:
     int BatchSize = 64;
     int BatchMilliseconds = 200;
 
+    // How often the first thread settles expired validations, and archives.
+    int ValidationMilliseconds = 30000;
+    int ArchiveMilliseconds = 24 * 3600 * 1000;
     // How long an idle thread rests before it looks at the queue again,
     // unless Role.Wake() ends the rest.
     int IdleMilliseconds = 250;
@@ -42,6 +45,9 @@ private:
     int ProcessBatch(Worker &Thread);
     // Stores the processed messages; false when the commit failed.
     bool StoreBatch(Worker &Thread);
+    // Expired validations and the archive, when they are due.
+    void Housekeeping(Worker &Thread);
+    void Archive(Worker &Thread);
 
     ConfigurationCopy::Loader m_load;
 };

@@ -6,6 +6,7 @@
 #include "store/StoreFixture.h"
 #include "store/clsMessage.h"
 
+#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -146,6 +147,104 @@ private slots:
         QCOMPARE(state(u"lost"_s).toInt(), 0);
         QCOMPARE(state(u"mine"_s).toInt(), 1);
         QCOMPARE(state(u"far"_s).toInt(), 1);
+    }
+
+    void expiredValidationsAreSettledByTheirType()
+    {
+        StoreFixture f;
+        QVERIFY(f.Store.OpenMessageStore());
+        auto *account = Accounts().AddXML(u"<Account><AccountID>A1</AccountID></Account>"_s);
+        QVERIFY(account);
+        const QDateTime past = QDateTime::currentDateTime().addSecs(-60);
+        const QDateTime future = QDateTime::currentDateTime().addSecs(3600);
+        const auto park = [&](const QString &accountID, const QString &uid, int type, const QDateTime &expires) {
+            const qint64 row = f.Store.AddEMLToEdgeQueue(accountID, u"POP3"_s, uid, QDateTime::currentDateTime(),
+                                                         Mail, 2);
+            f.Store.ExecuteEQ(u"UPDATE EdgeQueue SET ValidateActionID='V1',ValidateExpiresType=%1 WHERE RecordNo=%2"_s
+                                  .arg(type)
+                                  .arg(row));
+            f.Store.ValidateRequired(row, u"V1"_s, expires, u"Confirm?"_s);
+            return row;
+        };
+        const qint64 store = park(u"A1"_s, u"store"_s, 0, past);
+        const qint64 run = park(u"A1"_s, u"run"_s, 1, past);
+        const qint64 drop = park(u"A1"_s, u"drop"_s, 2, past);
+        const qint64 orphan = park(u"GONE"_s, u"orphan"_s, 1, past);
+        const qint64 waiting = park(u"A1"_s, u"waiting"_s, 0, future);
+
+        const QStringList lines = f.Store.GetExpiredValidationMessage();
+        QCOMPARE(lines.size(), 4);
+        QVERIFY(lines.contains(u"Expired or rejected pending validation message added to Message Store %1"_s.arg(store)));
+        QVERIFY(lines.contains(u"Expired or rejected pending validation message will now be processed %1"_s.arg(run)));
+        QVERIFY(lines.contains(u"Expired or rejected pending validation message deleted %1"_s.arg(drop)));
+        QVERIFY(lines.last().endsWith(QString::number(orphan)));
+        const auto processed = [&](qint64 row) {
+            return StoreFixture::ValueOn(f.Store.QueueConnection(),
+                                         u"SELECT Processed FROM EdgeQueue WHERE RecordNo=%1"_s.arg(row));
+        };
+        QVERIFY(!processed(store).isValid());
+        QVERIFY(f.Store.IsStoredMessage(u"A1"_s, u"POP3"_s, u"store"_s));
+        QCOMPARE(processed(run).toInt(), 0);
+        QCOMPARE(f.Store.GetEdgeQueueUID(run), u"A1\tV1\trun"_s); // it keeps its action
+        QVERIFY(!processed(drop).isValid());
+        QVERIFY(!processed(orphan).isValid());
+        QCOMPARE(processed(waiting).toInt(), 2);
+        QVERIFY(f.Store.GetExpiredValidationMessage().isEmpty());
+    }
+
+    void aRowWithoutTriggerWaitsUntilOneIsAssigned()
+    {
+        StoreFixture f;
+        QVERIFY(f.Store.OpenMessageStore());
+        Accounts().AddXML(u"<Account><AccountID>A1</AccountID></Account>"_s);
+        const qint64 row = f.Store.AddEMLToEdgeQueue(u"A1"_s, u"POP3"_s, u"u-1"_s, QDateTime(), Mail, 99);
+        QCOMPARE(f.Store.GetEdgeQueueCount(), 0);
+        clsMessage &m = CurrentMessage();
+        QVERIFY(f.Store.GetEdgeQueueNoTriggerAssigned(m));
+        QCOMPARE(m.EdgeQueueRecordNo, row);
+        QCOMPARE(m.Account, Accounts().Item(u"A1"_s));
+        QCOMPARE(m.MessageID, u"u-1"_s);
+        QVERIFY(f.Store.AssignEdgeQueueTrigger(row, u"T7"_s));
+        QVERIFY(!f.Store.GetEdgeQueueNoTriggerAssigned(m));
+        ReplaceCurrentMessage(nullptr);
+        QVERIFY(f.Store.GetEdgeQueue(CurrentMessage()));
+        QCOMPARE(CurrentMessage().HeaderValue(u"Postvane-TriggerID"_s), u"T7"_s);
+        QCOMPARE(CurrentMessage().Subject, u"café"_s);
+    }
+
+    void storedMessagesCopyWriteAndPend()
+    {
+        StoreFixture f;
+        QVERIFY(f.Store.OpenMessageStore());
+        const qint64 row = f.Add(u"MessageStore"_s, {{u"AccountID"_s, u"A1"_s}, {u"Source"_s, u"POP3"_s},
+                                                     {u"UID"_s, u"u-1"_s}, {u"FolderID"_s, u"F1"_s},
+                                                     {u"Headers"_s, u"Subject: hi\r\n"_s}, {u"Body"_s, u"text"_s},
+                                                     {u"MessageDate"_s, QDateTime(QDate(2026, 3, 1), QTime(9, 0))}});
+        const qint64 copy = f.Store.CopyMessage(row, u"F2"_s);
+        QVERIFY(copy > row);
+        QCOMPARE(f.Value(u"SELECT FolderID||UID||Body FROM MessageStore WHERE RecordNo=%1"_s.arg(copy)).toString(),
+                 u"F2u-1text"_s);
+        QCOMPARE(f.Store.CopyMessage(999, u"F2"_s), 0);
+
+        const QString file = f.Path(u"out.eml"_s);
+        QVERIFY(f.Store.WriteMessageToFile(row, file));
+        QFile written(file);
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        QCOMPARE(written.readAll(), QByteArray("Subject: hi\r\n\r\ntext"));
+
+        QVERIFY(f.Store.AddEMLToPendingStore(u"A1"_s, QString(), u"POP3"_s, u"p-1"_s, u"Subject: first\r\n\r\nA"_s) > 0);
+        QTest::qWait(1100); // DateAdded orders them
+        QVERIFY(f.Store.AddEMLToPendingStore(u"A1"_s, QString(), u"POP3"_s, u"p-2"_s, u"Subject: second\r\n\r\nB"_s) > 0);
+        QVERIFY(f.Store.GetPendingMessage(CurrentMessage()));
+        QCOMPARE(CurrentMessage().MessageID, u"p-1"_s);
+        QCOMPARE(CurrentMessage().Importance, u"NORMAL"_s);
+        QCOMPARE(f.Count(u"Pending"_s), 1);
+
+        Accounts().AddXML(u"<Account><AccountID>A1</AccountID><IMAP>-1</IMAP></Account>"_s);
+        const QString dates = f.Store.GetLastMessageDates();
+        QVERIFY2(dates.contains(u"<AccountID>A1</AccountID>"_s) && dates.contains(u"<POP3>2026-03-01 09:00:00</POP3>"_s),
+                 qPrintable(dates));
+        QVERIFY(!dates.contains(u"<IMAP>"_s));
     }
 
     void releasingABatchDeletesExactlyItsRows()

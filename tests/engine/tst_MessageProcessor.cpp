@@ -203,9 +203,11 @@ private slots:
         QCOMPARE(ended.Trigger(), &first);
         QCOMPARE(Field(ended, u"A"_s), QString());
 
+        second.SaveToFolderID = u"F2"_s;
         clsMessage &passed = Message(u"Qty: 8"_s);
         const QStringList lines = Run(passed);
         QCOMPARE(passed.Trigger(), &second);
+        QCOMPARE(passed.FolderID, u"F2"_s); // the folder of the trigger that ran last
         QCOMPARE(Field(passed, u"A"_s), u"second"_s);
         QVERIFY(lines.contains(u"Trigger T1 passes processing on to trigger T2"_s));
     }
