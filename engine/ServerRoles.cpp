@@ -2,6 +2,8 @@
 #include "EdgeRole.h"
 #include "ServerRole.h"
 #include "foundation/GlobalBlock.h"
+#include "mail/MailServerRole.h"
+#include "mail/OutgoingRole.h"
 #include "processor/ProcessorRole.h"
 
 QStringList ServerRoles::AllRoles()
@@ -37,12 +39,16 @@ ServerRoles::ServerRoles(const QStringList &Roles, ConfigurationCopy::Loader Loa
     else
         m_messageLog = std::make_unique<RoleLog>(Global.ProductName + QStringLiteral("MessageServerLog.LOG"),
                                                  QStringLiteral("Message Server"));
-    if (Roles.contains(QStringLiteral("mailserver")))
-        m_mailServer = std::make_unique<ServerRole>(QStringLiteral("Mail Server"), QStringLiteral("SMTP.LOG"),
-                                                    QStringLiteral("Mail Server"));
+    if (Roles.contains(QStringLiteral("mailserver"))) {
+        m_mailServer = std::make_unique<MailServerRole>(Load);
+        // Mail taken in is processed at once, not at the processor's next look.
+        m_mailServer->Queued = [this] {
+            if (m_processor)
+                m_processor->Role.Wake();
+        };
+    }
     if (Roles.contains(QStringLiteral("outgoing")))
-        m_outgoing = std::make_unique<ServerRole>(QStringLiteral("Outgoing Email"), QStringLiteral("SMTPCLIENT.LOG"),
-                                                  QStringLiteral("Outgoing Email"));
+        m_outgoing = std::make_unique<OutgoingRole>(Load);
 }
 
 ServerRoles::~ServerRoles()
@@ -58,9 +64,9 @@ QList<ServerRole *> ServerRoles::Running() const
     if (m_processor)
         roles << &m_processor->Role;
     if (m_mailServer)
-        roles << m_mailServer.get();
+        roles << &m_mailServer->Role;
     if (m_outgoing)
-        roles << m_outgoing.get();
+        roles << &m_outgoing->Role;
     return roles;
 }
 

@@ -8,6 +8,8 @@
 #include <memory>
 
 class EdgeRole;
+class MailServerRole;
+class OutgoingRole;
 class RoleLog;
 class ProcessorRole;
 class ServerRole;
@@ -36,6 +38,7 @@ public:
     // The roles that run; nullptr for one that does not.
     EdgeRole *Edge() const { return m_edge.get(); }
     ProcessorRole *Processor() const { return m_processor.get(); }
+    MailServerRole *MailServer() const { return m_mailServer.get(); }
     // The message processor's log, also where the processor does not run
     // in this process: requests about processing write there.
     RoleLog &MessageLog();
@@ -45,7 +48,7 @@ private:
 
     std::unique_ptr<EdgeRole> m_edge;
     std::unique_ptr<ProcessorRole> m_processor;
-    std::unique_ptr<ServerRole> m_mailServer;
-    std::unique_ptr<ServerRole> m_outgoing;
+    std::unique_ptr<MailServerRole> m_mailServer;
+    std::unique_ptr<OutgoingRole> m_outgoing;
     std::unique_ptr<RoleLog> m_messageLog;
 };

@@ -6,6 +6,7 @@
 #include "engine/EdgeRole.h"
 #include "engine/ServerRoles.h"
 #include "engine/sources/SourceScheduler.h"
+#include "engine/mail/MailServerRole.h"
 #include "engine/processor/ProcessorRole.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Registry.h"
@@ -28,6 +29,14 @@ QString ListenAddress(const QHostAddress &Address, quint16 Port)
         host = Address.protocol() == QAbstractSocket::IPv6Protocol ? u'[' + Address.toString() + u']'
                                                                     : Address.toString();
     return QStringLiteral("https://") + host + u':' + QString::number(Port) + u'/';
+}
+
+// The users' passwords as an engine thread's configuration reading left
+// them, for the mail server's check of credentials on that thread.
+UserPasswords &ThreadPasswords()
+{
+    thread_local UserPasswords passwords;
+    return passwords;
 }
 
 } // namespace
@@ -72,7 +81,9 @@ bool PostvaneServer::Start(const ServerOptions &Options)
         return [configuration, store, open = false]() mutable {
             open = open || store->Open(configuration);
             UserPasswords passwords;
-            return open && store->Load(passwords);
+            const bool loaded = open && store->Load(passwords);
+            ThreadPasswords() = passwords;
+            return loaded;
         };
     });
     if (m_webRole && !StartWebService(Options))
@@ -101,6 +112,12 @@ void PostvaneServer::StartRoles()
         };
     if (EdgeRole *edge = m_roles->Edge())
         SourceScheduler::AddTo(*edge, Global.DataPath);
+    if (MailServerRole *mailServer = m_roles->MailServer()) {
+        mailServer->Tls = m_tls;
+        mailServer->Authenticate = [](const QString &user, const QString &password) {
+            return ThreadPasswords().Authenticate(user, password) != nullptr;
+        };
+    }
     m_roles->Start();
 }
 

@@ -51,6 +51,7 @@ RequestTable BuildRequestTable()
     AddFolderRequests(table);
     AddAccountRequests(table);
     AddMessageRequests(table);
+    AddMailRequests(table);
     AddLogRequests(table);
     AddSourceRequests(table);
     AddProcessorRequests(table);

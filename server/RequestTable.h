@@ -78,6 +78,7 @@ void AddUserRequests(RequestTable &Table);
 void AddFolderRequests(RequestTable &Table);
 void AddAccountRequests(RequestTable &Table);
 void AddMessageRequests(RequestTable &Table);
+void AddMailRequests(RequestTable &Table);
 void AddLogRequests(RequestTable &Table);
 void AddSourceRequests(RequestTable &Table);
 void AddProcessorRequests(RequestTable &Table);

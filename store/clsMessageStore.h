@@ -13,6 +13,25 @@
 class clsAccount;
 class clsMessage;
 
+// A row of the Outbox: a composed mail (or SMS) waiting to be sent.
+struct OutboxMessage
+{
+    qint64 RecordNo = 0;
+    QString AccountID;
+    QString TriggerID;
+    QString ReferenceID;
+    QString MailFrom;
+    QString MailTo; // comma-separated addresses; a number for an SMS
+    QString Subject;
+    QString Mime;
+    int Importance = 0; // the X-Priority of the mail
+    bool Attachments = false;
+    bool SMS = false;
+    bool Scheduled = false;
+    QDateTime ScheduledDate;
+    int Status = 0; // attempts
+};
+
 // The filter of a message set. Counting, reading, deleting and marking a set
 // all build their condition from it, so that a set means the same rows for each.
 struct MessageSetFilter
@@ -322,6 +341,53 @@ public:
     // RecordNo of each, in order; empty when the commit failed.
     QList<qint64> AddEMLsToEdgeQueue(const QString &AccountID, const QString &Source, const QStringList &UIDs,
                                      const QList<QDateTime> &MessageDates, const QStringList &Mimes);
+
+    // Outbox ---------------------------------------------------------------
+    //
+    // Every mail and SMS the server sends waits in Outbox as composed MIME
+    // text with its addresses, a due date (ScheduledDate) and a status: the
+    // attempts so far (0-99), or attempts + 100 while a sender has it.
+    // Scheduled rows are those of ScheduledMessages: mail due later.
+
+    // A row due at Schedule (now when null); its RecordNo, -1 when it failed.
+    qint64 AddToOutBox(const OutboxMessage &Message, const QDateTime &Schedule = QDateTime());
+    // A scheduled row (Scheduled set) due at Message.ScheduledDate.
+    qint64 AddScheduledEmail(const OutboxMessage &Message);
+    // An SMS: MailTo is the number.
+    qint64 AddScheduledSMS(const OutboxMessage &Message);
+    // True when a scheduled row of the trigger for that recipient has the
+    // same subject and sender.
+    bool ScheduledDuplicate(const QString &TriggerID, const QString &MailTo, const QString &Subject,
+                            const QString &MailFrom);
+    // Takes the next due row with a status below 100: its status becomes
+    // attempts + 1 + 100 and its date ten minutes on, so that a sender that
+    // dies leaves it due again then. Message holds the row (Status the
+    // attempts including this one). False when nothing is due (or it failed).
+    bool GetOutBox(OutboxMessage &Message);
+    // A row whose attempt failed waits again with its count of attempts,
+    // due at NextTry.
+    bool ReturnOutBox(qint64 RecordNo, int Attempts, const QDateTime &NextTry);
+    // Rows a sender took and did not finish by the date set at the take (its
+    // process ended): status back below 100, due at once.
+    qint64 ReturnTakenOutBox();
+    bool DeleteOutBox(qint64 RecordNo);
+    bool GetOutBoxRecord(qint64 RecordNo);
+    QString GetScheduledBody(qint64 RecordNo);
+    // The scheduled rows of the account (narrowed to the trigger and a
+    // search in subject and addresses when given), a line each closed by a
+    // line feed, fields closed by tabs: RecordNo, Importance, Attachments
+    // ("Y"/"N"), TriggerID, MailFrom, MailTo, ScheduledDate
+    // ("yyyy-mm-dd hh:mm:ss"), Subject.
+    QString GetScheduledMessages(const QString &AccountID, const QString &TriggerID = QString(),
+                                 const QString &SearchText = QString());
+    bool DeleteScheduledEmail(qint64 RecordNo);
+    // The row becomes due now; false when it failed. Rows tells whether it was there.
+    bool SendScheduledEmail(qint64 RecordNo, bool *Found = nullptr);
+    // Queues the stored message (its headers and body) for each address of
+    // the comma-separated list; the number of rows added, -1 when the
+    // message is not there (in the folder, when one is given) or a row failed.
+    int ForwardMessage(qint64 RecordNo, const QString &FolderID, const QString &Addresses);
+    qint64 GetOutBoxCount();
 
 private:
     bool OpenOnce();
