@@ -8,7 +8,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <xlsxwriter.h>
+#include <quazip.h>
+#include <quazipfile.h>
 
 // CSV files and Excel workbooks taken row by row from a pickup folder.
 class tst_CSVPickupSource : public QObject
@@ -21,6 +22,7 @@ class tst_CSVPickupSource : public QObject
         QFile file(QDir(Folder).filePath(Name));
         file.open(QIODevice::WriteOnly | QIODevice::Truncate);
         file.write(Content);
+        file.flush();
         file.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
         return file.fileName();
     }
@@ -30,6 +32,7 @@ class tst_CSVPickupSource : public QObject
         QFile file(Path);
         file.open(QIODevice::Append);
         file.write(Content);
+        file.flush();
         file.setFileTime(QDateTime::currentDateTime().addSecs(-30), QFileDevice::FileModificationTime);
     }
 
@@ -57,28 +60,61 @@ class tst_CSVPickupSource : public QObject
         return bodies;
     }
 
-    // A workbook of two sheets: "Summary" first, then "Orders" with a
-    // header, a number and a boolean. Inline keeps strings in the cells
-    // instead of the shared table.
+    // A zipped part of a workbook.
+    static void Part(QuaZip &Zip, const QString &Name, const QByteArray &Xml)
+    {
+        QuaZipFile part(&Zip);
+        part.open(QIODevice::WriteOnly, QuaZipNewInfo(Name));
+        part.write("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n" + Xml);
+        part.close();
+    }
+
+    // A cell as Excel writes it: a shared string's index, or an inline string.
+    static QByteArray Text(const char *Reference, int Shared, const QByteArray &Value, bool Inline)
+    {
+        return Inline ? QByteArray("<c r=\"") + Reference + "\" t=\"inlineStr\"><is><t>" + Value + "</t></is></c>"
+                      : QByteArray("<c r=\"") + Reference + "\" t=\"s\"><v>" + QByteArray::number(Shared) + "</v></c>";
+    }
+
+    // A workbook of two sheets: "Summary" first, then "Orders" with a header
+    // that skips column C, a number, a boolean and a row left empty. Inline
+    // keeps the strings in the cells instead of the shared table.
     static void Workbook(const QString &Path, bool Inline)
     {
-        lxw_workbook_options options = {};
-        options.constant_memory = Inline ? LXW_TRUE : LXW_FALSE;
-        lxw_workbook *book = workbook_new_opt(Path.toLocal8Bit().constData(), &options);
-        lxw_worksheet *summary = workbook_add_worksheet(book, "Summary");
-        worksheet_write_string(summary, 0, 0, "Total", nullptr);
-        worksheet_write_number(summary, 1, 0, 2, nullptr);
-        lxw_worksheet *orders = workbook_add_worksheet(book, "Orders");
-        worksheet_write_string(orders, 0, 0, "Order", nullptr);
-        worksheet_write_string(orders, 0, 1, "Customer", nullptr);
-        worksheet_write_string(orders, 0, 3, "Paid", nullptr);
-        worksheet_write_string(orders, 1, 0, "A-1", nullptr);
-        worksheet_write_string(orders, 1, 1, "Zoë Ämter", nullptr);
-        worksheet_write_number(orders, 1, 2, 12.5, nullptr);
-        worksheet_write_boolean(orders, 1, 3, 1, nullptr);
-        worksheet_write_string(orders, 3, 0, "A-2", nullptr);
-        worksheet_write_string(orders, 3, 1, "Bob", nullptr);
-        QCOMPARE(workbook_close(book), LXW_NO_ERROR);
+        QuaZip zip(Path);
+        QVERIFY(zip.open(QuaZip::mdCreate));
+        const QByteArray main = "http://schemas.openxmlformats.org/spreadsheetml/2006/main";
+        const QByteArray relations = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+        Part(zip, QStringLiteral("[Content_Types].xml"),
+             "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\"/>");
+        Part(zip, QStringLiteral("xl/workbook.xml"),
+             "<workbook xmlns=\"" + main + "\" xmlns:r=\"" + relations + "\"><sheets>"
+             "<sheet name=\"Summary\" sheetId=\"1\" r:id=\"rId2\"/><sheet name=\"Orders\" sheetId=\"2\" r:id=\"rId1\"/>"
+             "</sheets></workbook>");
+        Part(zip, QStringLiteral("xl/_rels/workbook.xml.rels"),
+             "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+             "<Relationship Id=\"rId1\" Type=\"" + relations + "/worksheet\" Target=\"worksheets/sheet2.xml\"/>"
+             "<Relationship Id=\"rId2\" Type=\"" + relations + "/worksheet\" Target=\"/xl/worksheets/sheet1.xml\"/>"
+             "<Relationship Id=\"rId3\" Type=\"" + relations + "/sharedStrings\" Target=\"sharedStrings.xml\"/>"
+             "</Relationships>");
+        if (!Inline) {
+            Part(zip, QStringLiteral("xl/sharedStrings.xml"),
+                 "<sst xmlns=\"" + main + "\" count=\"8\" uniqueCount=\"8\">"
+                 "<si><t>Total</t></si><si><t>Order</t></si><si><t>Customer</t></si><si><t>Paid</t></si>"
+                 "<si><t>A-1</t></si><si><r><t>Zo\xc3\xab </t></r><r><rPr><b/></rPr><t>\xc3\x84mter</t></r>"
+                 "<rPh sb=\"0\" eb=\"1\"><t>ZO</t></rPh></si><si><t>Bob</t></si><si><t>A-2</t></si></sst>");
+        }
+        Part(zip, QStringLiteral("xl/worksheets/sheet1.xml"),
+             "<worksheet xmlns=\"" + main + "\"><sheetData><row r=\"1\">" + Text("A1", 0, "Total", Inline)
+                 + "</row><row r=\"2\"><c r=\"A2\"><v>2</v></c></row></sheetData></worksheet>");
+        Part(zip, QStringLiteral("xl/worksheets/sheet2.xml"),
+             "<worksheet xmlns=\"" + main + "\"><sheetData><row r=\"1\">" + Text("A1", 1, "Order", Inline)
+                 + Text("B1", 2, "Customer", Inline) + Text("D1", 3, "Paid", Inline) + "</row><row r=\"2\">"
+                 + Text("A2", 4, "A-1", Inline) + Text("B2", 5, "Zo\xc3\xab \xc3\x84mter", Inline)
+                 + "<c r=\"C2\" s=\"1\"><v>12.5</v></c><c r=\"D2\" t=\"b\"><v>1</v></c></row><row r=\"3\"/>"
+                 "<row r=\"4\">" + Text("A4", 7, "A-2", Inline)
+                 + Text("B4", 6, "Bob", Inline) + "</row></sheetData></worksheet>");
+        zip.close();
     }
 
 private slots:
