@@ -22,14 +22,15 @@ struct ThemeColours
     QColor Title;      // a ribbon group's caption, dock titles
     QColor TitleBar;   // dock title bars
     QColor Highlight;  // selections
+    QColor Alternate;  // every other row of a list
 };
 
 const ThemeColours *ColoursOf(int Theme)
 {
-    static const ThemeColours blue{"#d6e3f3", "#15428b", "#e4edf8", "#dfe9f5", "#8db2e3", "#15428b", "#bfd4ee", "#3d7bc6"};
-    static const ThemeColours black{"#535353", "#f2f2f2", "#6a6a6a", "#474747", "#8c8c8c", "#f2f2f2", "#2f2f2f", "#e69a2e"};
-    static const ThemeColours silver{"#e3e6eb", "#3c3c3c", "#eef0f3", "#e9ebef", "#a7acb5", "#4c535c", "#cfd3da", "#7f8da3"};
-    static const ThemeColours scenic{"#f3f6fb", "#1e395b", "#ffffff", "#f8fafd", "#b6c8de", "#1e395b", "#dde8f5", "#3399ff"};
+    static const ThemeColours blue{"#d6e3f3", "#15428b", "#e4edf8", "#dfe9f5", "#8db2e3", "#15428b", "#bfd4ee", "#3d7bc6", "#eef4fb"};
+    static const ThemeColours black{"#535353", "#f2f2f2", "#6a6a6a", "#474747", "#8c8c8c", "#f2f2f2", "#2f2f2f", "#e69a2e", "#ededed"};
+    static const ThemeColours silver{"#e3e6eb", "#3c3c3c", "#eef0f3", "#e9ebef", "#a7acb5", "#4c535c", "#cfd3da", "#7f8da3", "#f2f3f5"};
+    static const ThemeColours scenic{"#f3f6fb", "#1e395b", "#ffffff", "#f8fafd", "#b6c8de", "#1e395b", "#dde8f5", "#3399ff", "#f3f7fc"};
     switch (Theme) {
     case VisualStyle::ThemeBlue:
         return &blue;
@@ -107,7 +108,7 @@ QPalette VisualStyle::Palette(const QPalette &Base) const
     palette.setColor(QPalette::Button, colours->Button);
     palette.setColor(QPalette::ButtonText, colours->FrameText);
     palette.setColor(QPalette::Base, Qt::white);
-    palette.setColor(QPalette::AlternateBase, colours->Group);
+    palette.setColor(QPalette::AlternateBase, colours->Alternate);
     palette.setColor(QPalette::Text, Qt::black);
     palette.setColor(QPalette::ToolTipBase, QColor(0xff, 0xff, 0xe1));
     palette.setColor(QPalette::ToolTipText, Qt::black);

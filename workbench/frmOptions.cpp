@@ -225,7 +225,7 @@ QWidget *frmOptions::MakeOrganizationsTab()
     GridOrgs = new QTableWidget(0, 5, page);
     GridOrgs->setObjectName(QStringLiteral("GridOrgs"));
     GridOrgs->setHorizontalHeaderLabels(DictText("GRIDORGS", "Name|Domain|Users|Accounts|Default Email").split(u'|'));
-    GridOrgs->horizontalHeader()->setStretchLastSection(true);
+    GridOrgs->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     GridOrgs->verticalHeader()->hide();
     GridOrgs->setSelectionBehavior(QAbstractItemView::SelectRows);
     GridOrgs->setSelectionMode(QAbstractItemView::SingleSelection);

@@ -76,7 +76,9 @@ private slots:
             look.FontSize = VisualStyle::FontLarge;
             look.Apply(*qApp);
             frames.insert(QApplication::palette().color(QPalette::Window).rgb());
+            // List text stays dark on light rows in every theme.
             QCOMPARE(QApplication::palette().color(QPalette::Text), QColor(Qt::black));
+            QVERIFY(QApplication::palette().color(QPalette::AlternateBase).lightness() > 200);
             QCOMPARE(QApplication::font().pointSize(), 11);
         }
         QCOMPARE(frames.size(), 4);
