@@ -381,9 +381,11 @@ void frmRemote::RouteReply(const QString &Location, const QString &Body)
     } else if (document == QStringLiteral("gettriggers")) {
         if (clsAccount *account = AccountOfReply())
             account->Triggers.setXML(body);
+        emit TriggersRefreshed();
     } else if (document == QStringLiteral("gettriggerconditions")) {
         if (clsAccount *account = AccountOfReply())
             account->Triggers.setXMLConditionsOnly(body);
+        emit TriggersRefreshed();
     } else if (document == QStringLiteral("gettriggernames")) {
         if (clsAccount *account = AccountOfReply())
             account->Triggers.setXMLNames(body);
@@ -399,6 +401,7 @@ void frmRemote::RouteReply(const QString &Location, const QString &Body)
             else
                 account->Triggers.AddXML(body);
         }
+        emit TriggersRefreshed();
     } else if (document == QStringLiteral("getlog")) {
         emit FirstLog(PaneServer, body);
     } else if (document == QStringLiteral("getedgelog")) {

@@ -154,6 +154,8 @@ signals:
     void FirstLog(frmRemote::LogPane Pane, const QString &Text);
     void RemoteLog(frmRemote::LogPane Pane, const QString &Fragment);
     void AccountsRefreshed();
+    // An account's triggers were loaded: the trigger count may have changed.
+    void TriggersRefreshed();
     void PopupShown(const frmRemote::Popup &Popup);
     void MessageReceived(const QString &Body);
     void ScheduledMessagesReceived();

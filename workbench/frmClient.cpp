@@ -674,6 +674,7 @@ void frmClient::ConnectRemote()
     connect(&remote, &frmRemote::RemoteLog, this,
             [this](frmRemote::LogPane pane, const QString &fragment) { LogPane(pane)->AddRemoteLog(fragment); });
     connect(&remote, &frmRemote::AccountsRefreshed, this, &frmClient::ScheduleRefresh);
+    connect(&remote, &frmRemote::TriggersRefreshed, this, &frmClient::RefreshStatistics);
     connect(&remote, &frmRemote::ChannelRestored, this, [this] {
         // Not inside the push handler: the log-on turns its own event loops.
         QTimer::singleShot(0, this, &frmClient::Reconnect);

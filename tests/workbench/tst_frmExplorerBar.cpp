@@ -11,6 +11,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
+#include <QStatusBar>
 #include <QDockWidget>
 #include <QFileInfo>
 #include <QPrinter>
@@ -81,6 +82,11 @@ private slots:
         QVERIFY2(shown.endsWith(QStringLiteral("OrderNo Fields")), qPrintable(shown));
         QVERIFY(!shown.contains(u'\n'));
         QCOMPARE(List().lblFooter->text(), QStringLiteral("2 Items"));
+        // The status bar counts the triggers the list loaded.
+        QStringList counts;
+        for (const QLabel *label : client->statusBar()->findChildren<QLabel *>())
+            counts << label->text();
+        QVERIFY2(counts.contains(QStringLiteral("Triggers: 2")), qPrintable(counts.join(u'|')));
         QVERIFY(Navigator().Captions().contains(QStringLiteral("Delete This Account")));
         QVERIFY(Navigator().Captions().contains(QStringLiteral("<Tom & 'Jerry' \"Co\">")));
         Picture(QStringLiteral("triggers"));
