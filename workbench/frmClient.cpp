@@ -61,6 +61,14 @@ bool IsEditor(const QWidget *Window)
     return name == QStringLiteral("frmAccount") || name == QStringLiteral("frmTrigger") || name == QStringLiteral("frmUser");
 }
 
+// An open editor holds the records it edits: the collections are only
+// replaced when none is open.
+bool AnyEditorOpen()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    return std::any_of(windows.begin(), windows.end(), [](const QWidget *window) { return IsEditor(window); });
+}
+
 } // namespace
 
 frmClient::frmClient(const QString &CommandLineServer, QWidget *parent)
@@ -427,7 +435,11 @@ void frmClient::ConnectCommands()
         {ID_VIEWICONS, [this] { List->SetView(frmList::ViewIcons); }},
         {ID_VIEWLIST, [this] { List->SetView(frmList::ViewList); }},
         {ID_VIEWREPORT, [this] { List->SetView(frmList::ViewReport); }},
-        {ID_REFRESH, [] {
+        {ID_REFRESH, [this] {
+             if (AnyEditorOpen()) {
+                 CreateMessageBar(QStringLiteral("Close the open editors to refresh the accounts and users."));
+                 return;
+             }
              Remote().HTTPGet(Requests::GetUsers());
              Remote().HTTPGet(Requests::GetAccounts());
          }},
@@ -1045,10 +1057,7 @@ void frmClient::Reconnect()
         return;
     DismissMessageBar();
     ToolBarConnected(true);
-    // An open editor holds the records it edits: the collections are only
-    // replaced when none is open.
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    if (std::any_of(windows.begin(), windows.end(), [](const QWidget *window) { return IsEditor(window); }))
+    if (AnyEditorOpen())
         return;
     if (remote.HTTPGet(Requests::GetUsers()) && remote.HTTPGet(Requests::GetAccounts()))
         FirstConnect();

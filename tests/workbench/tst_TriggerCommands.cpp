@@ -181,6 +181,10 @@ private slots:
         editor->txtDetails->setPlainText(QStringLiteral("Changed from the ribbon"));
         ShellFixture::Picture(client.get(), QStringLiteral("trigger-settings-tab"));
 
+        // A refresh would replace the records the editor holds: it waits.
+        Trigger(frmClient::ID_REFRESH);
+        QCOMPARE(client->MessageBarText(), QStringLiteral("Close the open editors to refresh the accounts and users."));
+
         const QPointer<frmTrigger> watched(editor);
         Trigger(frmClient::ID_TRIGGERSAVE);
         QTRY_VERIFY(watched.isNull()); // saved and closed
