@@ -38,10 +38,12 @@ bool XmppClient::ReadUntil(const QByteArray &Marker)
         if (m_buffer.contains("<failure") || m_buffer.contains("<stream:error") || m_buffer.contains("type='error'")
             || m_buffer.contains("type=\"error\""))
             return false;
-        if (deadline.hasExpired() || m_socket.state() != QAbstractSocket::ConnectedState
-            || !m_socket.waitForReadyRead(int(qMax<qint64>(1, deadline.remainingTime()))))
-            return m_buffer.contains(Marker);
+        if (deadline.hasExpired())
+            return false;
+        const bool more = m_socket.waitForReadyRead(int(qMax<qint64>(1, deadline.remainingTime())));
         m_buffer += m_socket.readAll();
+        if (!more)
+            return m_buffer.contains(Marker);
     }
     return true;
 }

@@ -46,6 +46,7 @@ struct Setup
         account.Enabled = true;
         account.MailServer = true;
         account.MailServerDomain = u"orders.test"_s;
+        account.MailServerAliases = u"*"_s;
         account.XMLIncludeTriggers = true;
         Trigger->TriggerID = u"T1"_s;
         Trigger->Name = u"Every Order"_s;
