@@ -1357,7 +1357,7 @@ bool clsMessageStore::ValidateRequired(qint64 RecordNo, const QString &ActionID,
     return Run(QueueConnection(),
                QStringLiteral("UPDATE EdgeQueue SET Processed=2,ValidateActionID=") + Quote(ActionID)
                    + QStringLiteral(",ValidateExpires=") + DateTimeLiteral(Expires)
-                   + QStringLiteral(",ValidateExpiresType=") + Number(ExpiresType)
+                   + (ExpiresType < 0 ? QString() : QStringLiteral(",ValidateExpiresType=") + Number(ExpiresType))
                    + QStringLiteral(",ValidateConfirmationMessage=") + Quote(ConfirmationMessage)
                    + QStringLiteral(" WHERE RecordNo=") + Number(RecordNo),
                QStringLiteral("ValidateRequired"))

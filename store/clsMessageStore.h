@@ -333,9 +333,10 @@ public:
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry
     // and the confirmation text.
-    // ExpiresType is what the expiry does (see GetExpiredValidationMessage).
+    // ExpiresType is what the expiry does (see GetExpiredValidationMessage);
+    // a negative one leaves the row's as it is.
     bool ValidateRequired(qint64 RecordNo, const QString &ActionID, const QDateTime &Expires,
-                          const QString &ConfirmationMessage, int ExpiresType = 0);
+                          const QString &ConfirmationMessage, int ExpiresType = -1);
     // The answer of the validation page: a confirmed message waits to be
     // processed again, with the survey's answers; a rejected one expires
     // now, and is stored without running the actions behind its Validation
