@@ -7,13 +7,21 @@
 #include "clsActionDBCustom.h"
 #include "clsActionDBToken.h"
 #include "clsActionExcel.h"
+#include "clsActionFax.h"
+#include "clsActionForward.h"
+#include "clsActionJabber.h"
 #include "clsActionLogical.h"
+#include "clsActionMSG.h"
 #include "clsActionPassTo.h"
+#include "clsActionPopup.h"
 #include "clsActionReport.h"
+#include "clsActionSMS.h"
 #include "clsActionRaw.h"
 #include "clsActionScript.h"
 #include "clsActionSetVariable.h"
 #include "clsActionText.h"
+#include "clsActionVCal.h"
+#include "clsActionValidation.h"
 #include "foundation/Startup.h"
 #include "foundation/clsXML.h"
 
@@ -104,6 +112,14 @@ void AddRecordKinds(QHash<QString, WrittenMaker> &ByLowerKey)
     add(QStringLiteral("Azure"), RecordMaker<clsActionAZ>());
     add(QStringLiteral("UpdateToken"), RecordMaker<clsActionDBToken>());
     add(QStringLiteral("Report"), RecordMaker<clsActionReport>());
+    add(QStringLiteral("Message"), RecordMaker<clsActionMSG>());
+    add(QStringLiteral("Forward"), RecordMaker<clsActionForward>());
+    add(QStringLiteral("SMS"), RecordMaker<clsActionSMS>());
+    add(QStringLiteral("VCal"), RecordMaker<clsActionVCal>());
+    add(QStringLiteral("Fax"), RecordMaker<clsActionFax>());
+    add(QStringLiteral("Popup"), RecordMaker<clsActionPopup>());
+    add(QStringLiteral("Jabber"), RecordMaker<clsActionJabber>());
+    add(QStringLiteral("Validation"), RecordMaker<clsActionValidation>());
     add(QStringLiteral("Logical"), LogicalMaker(clsActionLogical().LogicalType));
     const QString logicalKeys[] = {QStringLiteral("If"),  QStringLiteral("Else"),  QStringLiteral("EndIf"),
                                    QStringLiteral("End"), QStringLiteral("Label"), QStringLiteral("GoTo")};
@@ -230,20 +246,18 @@ QString colActions::ItemType(int Index) const
     return action ? action->ClassName() : QString();
 }
 
-// Until the Validation kind has its own record it is held raw, and the value
-// comes from its kept fragment.
 QString colActions::HTMLForValidationID(const QString &ID) const
 {
     const ActionItem *action = m_actions.Item(ID);
     if (!action)
         return QString();
-    const auto *raw = action->As<clsActionRaw>();
-    if (action->ClassName() != QStringLiteral("Validation") || !raw) {
+    const auto *validation = action->As<clsActionValidation>();
+    if (!validation) {
         LogError(QStringLiteral("colActions.HTMLForValidationID"),
                  QStringLiteral("The action ") + ID + QStringLiteral(" is no Validation action"));
         return QString();
     }
-    return raw->TagValue(QStringLiteral("ConfirmationHTML"));
+    return validation->ConfirmationHTML;
 }
 
 int colActions::ActionNoFromID(const QString &ID) const

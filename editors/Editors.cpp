@@ -1,4 +1,5 @@
 #include "Editors.h"
+#include "actions/panels/MessageActionEditors.h"
 #include "frmAccountSendTo.h"
 #include "frmRunWith.h"
 #include "frmTrigger.h"
@@ -62,6 +63,7 @@ void RunTriggerCommand(frmTrigger &Editor, int ID)
 
 void RegisterEditors()
 {
+    RegisterMessageActionEditors();
     frmClient::MakeTriggerEditor = [](clsAccount *Account, clsAccountTrigger *Trigger) -> QWidget * {
         return NewTriggerEditor(*Account, Trigger);
     };

@@ -1,4 +1,5 @@
 #pragma once
 
-// Tells the main window how to open the editors of this folder.
+// Tells the main window how to open the editors of this folder, and the
+// action dialog the controls of the action kinds.
 void RegisterEditors();

@@ -5,6 +5,7 @@
 #include "WebService.h"
 #include "engine/EdgeRole.h"
 #include "engine/ServerRoles.h"
+#include "engine/actions/PopupPush.h"
 #include "engine/sources/SourceScheduler.h"
 #include "engine/mail/MailServerRole.h"
 #include "engine/processor/ProcessorRole.h"
@@ -104,6 +105,9 @@ void PostvaneServer::StartRoles()
     m_roles->setOnLine([this](const QString &source, const QDateTime &stamp, const QString &text) {
         QMetaObject::invokeMethod(&m_push, [this, source, stamp, text] { m_push.SendLog(stamp, text, source); },
                                   Qt::QueuedConnection);
+    });
+    PopupPush::setReceiver([this](const QString &body) {
+        QMetaObject::invokeMethod(&m_push, [this, body] { m_push.SendPopup(body); }, Qt::QueuedConnection);
     });
     if (ProcessorRole *processor = m_roles->Processor())
         processor->PauseAccount = [this](const QString &accountID, const QString &reason) {
@@ -303,6 +307,7 @@ void PostvaneServer::Stop()
         ServiceControl::WriteServerState(Global.DataPath, QStringLiteral("Stop Pending"));
     m_log->Add(Global.ProductName + QStringLiteral(" Server stopping"));
     m_roles->Stop();
+    PopupPush::setReceiver(nullptr);
     m_log->OnLine = nullptr;
     m_push.Close(3000);
     if (m_web)

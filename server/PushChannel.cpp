@@ -61,6 +61,14 @@ void PushChannel::SendLog(const QDateTime &Stamp, const QString &Text, const QSt
     }
 }
 
+void PushChannel::SendPopup(const QString &Body)
+{
+    DropClosed();
+    const QByteArray chunk = BlockChunk(QStringLiteral("popup.xml"), Body);
+    for (Subscriber &subscriber : m_subscribers)
+        Send(subscriber, chunk);
+}
+
 void PushChannel::DisconnectUser(const QString &UserID)
 {
     for (Subscriber &subscriber : m_subscribers)

@@ -33,6 +33,8 @@ public:
     // "log.xml" with the line, to the subscribers who are system administrators.
     // Source names the console's pane: "Server", "Edge Server", "Message Server".
     void SendLog(const QDateTime &Stamp, const QString &Text, const QString &Source = QStringLiteral("Server"));
+    // "popup.xml" with the fragment, to every subscriber.
+    void SendPopup(const QString &Body);
     // "disconnected.xml" to every subscription of the user, which then ends.
     void DisconnectUser(const QString &UserID);
     // "serverclosing.xml" to everyone; every stream ends. Waits at most

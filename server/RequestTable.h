@@ -58,6 +58,9 @@ struct RequestRoute
 {
     RequestVerb Verb = RequestVerb::Get;
     RequestHandler Handler = nullptr;
+    // A page a person opens from a link, which carries its own credential:
+    // answered without a log-on, for a user with no rights.
+    bool Public = false;
 };
 
 // The requests the web service answers, by name with extension in lower case
@@ -66,6 +69,7 @@ class RequestTable
 {
 public:
     void Add(const QString &Name, RequestVerb Verb, RequestHandler Handler);
+    void AddPublic(const QString &Name, RequestVerb Verb, RequestHandler Handler);
     const RequestRoute *Find(const QString &Name) const;
 
 private:
@@ -83,6 +87,7 @@ void AddLogRequests(RequestTable &Table);
 void AddSourceRequests(RequestTable &Table);
 void AddProcessorRequests(RequestTable &Table);
 void AddDeployRequests(RequestTable &Table);
+void AddValidationPage(RequestTable &Table);
 
 // The table of every family.
 RequestTable BuildRequestTable();

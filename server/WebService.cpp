@@ -4,6 +4,7 @@
 #include "ServerServices.h"
 #include "UserPasswords.h"
 #include "foundation/GlobalBlock.h"
+#include "model/clsUser.h"
 
 #include <QHttpServerRequest>
 #include <QHttpServerResponder>
@@ -106,6 +107,11 @@ ServerReply WebService::Answer(const QHttpServerRequest &Request, QTcpSocket *So
                                            + QStringLiteral("\" more than once."));
 
     const QHostAddress peer = Request.remoteAddress();
+    if (const RequestRoute *page = m_table.Find(Client.Name()); page && page->Public) {
+        clsUser nobody;
+        RequestContext context{Client, nobody, peer, Socket, m_services};
+        return page->Handler(context);
+    }
     if (m_throttle.IsBlocked(peer))
         return ServerReply::Unauthorized();
     clsUser *user = m_services.Passwords.Authenticate(Client.Username, Client.Password);

@@ -30,6 +30,11 @@ public:
     qint32 EdgeQueueRecordNo = 0;
     QString ValidateActionID;
     bool ValidationRequired = false;
+    // Of a message that waits for validation: when the wait ends, what then
+    // (the Validation action's TimeOutAction), and the page's question.
+    QDateTime ValidateExpires;
+    qint16 ValidateExpiresType = 0;
+    QString ValidateConfirmationMessage;
     QString ValidationInputFieldsXML;
     QString Source; // the kind of origin; part of the message's identity in the store
 

@@ -1326,12 +1326,38 @@ bool clsMessageStore::ValidateEdgeQueueMessage(qint64 RecordNo)
         >= 0;
 }
 
+std::optional<QSqlRecord> clsMessageStore::GetValidationRequest(qint64 RecordNo)
+{
+    auto row = Select(QueueConnection(),
+                      QStringLiteral("SELECT UID,Mime,ValidateConfirmationMessage,ValidateActionID,AccountID FROM "
+                                     "EdgeQueue WHERE Processed=2 AND RecordNo=")
+                          + Number(RecordNo),
+                      QStringLiteral("GetValidationRequest"));
+    if (!row)
+        return std::nullopt;
+    return row->next() ? row->record() : QSqlRecord();
+}
+
+bool clsMessageStore::AnswerValidation(qint64 RecordNo, bool Confirmed, const QString &InputFieldsXML)
+{
+    const QString where = QStringLiteral(" WHERE Processed=2 AND RecordNo=") + Number(RecordNo);
+    // A rejection runs nothing more: "run the rest" becomes "store as it is".
+    const QString set = Confirmed ? QStringLiteral("UPDATE EdgeQueue SET Processed=0,ValidateInputFieldsXML=")
+                                        + Quote(InputFieldsXML)
+                                  : QStringLiteral("UPDATE EdgeQueue SET ValidateExpires=")
+                                        + DateTimeLiteral(QDateTime::currentDateTime().addSecs(-1))
+                                        + QStringLiteral(",ValidateExpiresType=CASE WHEN ValidateExpiresType=1 THEN 0 "
+                                                         "ELSE ValidateExpiresType END");
+    return Run(QueueConnection(), set + where, QStringLiteral("AnswerValidation")) > 0;
+}
+
 bool clsMessageStore::ValidateRequired(qint64 RecordNo, const QString &ActionID, const QDateTime &Expires,
-                                       const QString &ConfirmationMessage)
+                                       const QString &ConfirmationMessage, int ExpiresType)
 {
     return Run(QueueConnection(),
                QStringLiteral("UPDATE EdgeQueue SET Processed=2,ValidateActionID=") + Quote(ActionID)
                    + QStringLiteral(",ValidateExpires=") + DateTimeLiteral(Expires)
+                   + (ExpiresType < 0 ? QString() : QStringLiteral(",ValidateExpiresType=") + Number(ExpiresType))
                    + QStringLiteral(",ValidateConfirmationMessage=") + Quote(ConfirmationMessage)
                    + QStringLiteral(" WHERE RecordNo=") + Number(RecordNo),
                QStringLiteral("ValidateRequired"))

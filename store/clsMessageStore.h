@@ -333,8 +333,20 @@ public:
     bool ValidateEdgeQueueMessage(qint64 RecordNo);
     // Parks the row for validation: Processed 2 with the action, the expiry
     // and the confirmation text.
+    // ExpiresType is what the expiry does (see GetExpiredValidationMessage);
+    // a negative one leaves the row's as it is.
     bool ValidateRequired(qint64 RecordNo, const QString &ActionID, const QDateTime &Expires,
-                          const QString &ConfirmationMessage);
+                          const QString &ConfirmationMessage, int ExpiresType = -1);
+    // The answer of the validation page: a confirmed message waits to be
+    // processed again, with the survey's answers; a rejected one expires
+    // now, and is stored without running the actions behind its Validation
+    // action (or removed, when its action says so). False when the row
+    // does not wait for validation.
+    // The row that waits for validation: UID, Mime,
+    // ValidateConfirmationMessage, ValidateActionID, AccountID; an empty
+    // record when no such row waits, nullopt on failure.
+    std::optional<QSqlRecord> GetValidationRequest(qint64 RecordNo);
+    bool AnswerValidation(qint64 RecordNo, bool Confirmed, const QString &InputFieldsXML = QString());
 
     // Several MIME texts of one account and source as new waiting rows, in
     // one transaction of the queue connection: all are written or none. The

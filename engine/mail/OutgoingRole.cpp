@@ -1,6 +1,11 @@
 #include "OutgoingRole.h"
 #include "SmtpSender.h"
+#include "actions/clsActionMSG.h"
+#include "engine/actions/MessageActionRun.h"
+#include "foundation/Crypt.h"
 #include "foundation/GlobalBlock.h"
+#include "store/MessageMime.h"
+#include "store/MimeMail.h"
 #include "store/clsMessageStore.h"
 
 #include <QDeadlineTimer>
@@ -33,6 +38,25 @@ QString FromAddress(const OutboxMessage &Message)
         return Recipients(Message.MailFrom).value(0);
     const auto &settings = Global.Settings;
     return settings.DefaultFromAddress.isEmpty() ? settings.AdminEmail : settings.DefaultFromAddress;
+}
+
+// The other mail server a Message action chose for the mail (its header,
+// which never leaves this server); an empty Host when there is none.
+SmtpRelay ChosenRelay(const QString &Mime)
+{
+    SmtpRelay relay;
+    const QString header = MimeHeaderValue(Mime, MessageActionRun::SendViaHeader());
+    if (header.isEmpty())
+        return relay;
+    const clsActionMSG::Relay via = clsActionMSG::SplitSendVia(header);
+    if (!via.Use || via.Server.isEmpty())
+        return relay;
+    relay.Host = via.Server;
+    relay.Port = via.Port;
+    relay.Encryption = via.Security;
+    relay.User = via.User;
+    relay.Password = DecryptText(via.Password);
+    return relay;
 }
 
 } // namespace
@@ -113,6 +137,13 @@ bool OutgoingRole::Send(SmtpSender &Sender, const OutboxMessage &Message, const 
 {
     const QByteArray mime = Message.Mime.toUtf8();
     const QString from = FromAddress(Message);
+    const SmtpRelay chosen = ChosenRelay(Message.Mime);
+    if (!chosen.Host.isEmpty()) {
+        MimeMail mail;
+        mail.LoadMime(mime);
+        mail.RemoveHeader(MessageActionRun::SendViaHeader());
+        return Sender.Send(chosen, from, Recipients, mail.GetMime());
+    }
     const SmtpRelay smartHost = SmtpRelay::SmartHost();
     if (!smartHost.Host.isEmpty())
         return Sender.Send(smartHost, from, Recipients, mime);

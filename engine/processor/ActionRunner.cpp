@@ -4,6 +4,7 @@
 #include "SetOperations.h"
 #include "actions/ActionItem.h"
 #include "engine/actions/DataActions.h"
+#include "engine/actions/MessageActions.h"
 #include "actions/clsActionComment.h"
 #include "actions/clsActionLogical.h"
 #include "actions/clsActionPassTo.h"
@@ -60,7 +61,8 @@ void ActionRunner::Log(const QString &Text)
 bool ActionRunner::Run()
 {
     const colActions &actions = m_trigger.ActionList();
-    int position = 1;
+    // A message back from validation goes on at its Validation action.
+    int position = qMax(1, actions.ActionNoFromID(m_message.ValidateActionID));
     int steps = 0;
     while (position >= 1 && position <= actions.Count() && !m_ended) {
         if (++steps > MaxSteps) {
@@ -217,7 +219,12 @@ void ActionRunner::RunPassTo(const clsActionPassTo &Action)
 
 void ActionRunner::RunOther(const ActionItem &Action)
 {
-    if (DataActions::Run(Action, m_trigger, m_message, &m_processor.Store(), [this](const QString &Text) { Log(Text); }))
+    const auto log = [this](const QString &Text) { Log(Text); };
+    if (DataActions::Run(Action, m_trigger, m_message, &m_processor.Store(), log))
+        return;
+    const MessageActions::Outcome outcome = MessageActions::Run(Action, m_trigger, m_message, &m_processor.Store(), log);
+    m_ended = m_ended || outcome == MessageActions::Outcome::Stop;
+    if (outcome != MessageActions::Outcome::NotMine)
         return;
     if (Action.ClassName() == u"Script") {
         Log(QStringLiteral("* Action Script (") + Action.ClassDesc()

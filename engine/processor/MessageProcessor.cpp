@@ -7,6 +7,7 @@
 #include "model/GlobalCollections.h"
 #include "model/clsAccount.h"
 #include "model/clsAccountTrigger.h"
+#include "actions/colActions.h"
 #include "model/clsFieldExtractor.h"
 #include "model/clsTriggerField.h"
 #include "store/Tokens.h"
@@ -93,6 +94,15 @@ bool Valid(const clsTriggerField &Field, const QString &Value)
     }
 }
 
+// The trigger of the account whose list holds the action.
+clsAccountTrigger *TriggerOfAction(const clsAccount &Account, const QString &ActionID)
+{
+    for (clsAccountTrigger *trigger : Account.Triggers)
+        if (trigger->ActionList().ActionNoFromID(ActionID) > 0)
+            return trigger;
+    return nullptr;
+}
+
 } // namespace
 
 MessageProcessor::MessageProcessor(clsMessageStore &Store) : m_store(Store) {}
@@ -122,6 +132,8 @@ void MessageProcessor::Process(clsMessage &Message)
         return;
     }
     clsAccountTrigger *trigger = Message.Trigger();
+    if (!trigger && !Message.ValidateActionID.isEmpty())
+        trigger = TriggerOfAction(*account, Message.ValidateActionID);
     const QString forced = Message.HeaderValue(QStringLiteral("Postvane-TriggerID")).trimmed();
     if (!forced.isEmpty() && !trigger)
         Log(Message, QStringLiteral("* The trigger ") + forced + QStringLiteral(" does not exist in account ") + account->Name);

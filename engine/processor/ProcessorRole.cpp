@@ -104,7 +104,7 @@ int ProcessorRole::ProcessBatch(Worker &Thread)
     if (taken == 0)
         return 0;
     if (StoreBatch(Thread)) {
-        Thread.Store.DeleteEdgeQueueRecords(Thread.Rows);
+        Thread.Store.DeleteEdgeQueueRecords(ParkWaitingForValidation(Thread));
     } else {
         Role.Log.Add(QStringLiteral("* %1 processed messages could not be stored: they wait in the queue again")
                          .arg(taken));
@@ -124,7 +124,7 @@ bool ProcessorRole::StoreBatch(Worker &Thread)
     QList<qint64> stored(Thread.Messages.size(), 0);
     for (std::size_t n = 0; n < Thread.Messages.size(); ++n) {
         const clsMessage &message = *Thread.Messages[n];
-        if (!message.NewMessage)
+        if (!message.NewMessage || message.ValidationRequired)
             continue;
         const QString accountID = message.Account ? message.Account->AccountID : QStringLiteral("-");
         bool updated = false;
@@ -162,6 +162,22 @@ bool ProcessorRole::StoreBatch(Worker &Thread)
         return false;
     Role.Log.AddLines(roleLines);
     return true;
+}
+
+QList<qint64> ProcessorRole::ParkWaitingForValidation(Worker &Thread)
+{
+    QList<qint64> done;
+    for (std::size_t n = 0; n < Thread.Messages.size(); ++n) {
+        const clsMessage &message = *Thread.Messages[n];
+        const qint64 row = Thread.Rows.at(qsizetype(n));
+        if (!message.ValidationRequired)
+            done << row;
+        else if (!Thread.Store.ValidateRequired(row, message.ValidateActionID, message.ValidateExpires,
+                                                message.ValidateConfirmationMessage, message.ValidateExpiresType))
+            Role.Log.Add(QStringLiteral("* The message ") + message.MessageID
+                         + QStringLiteral(" could not be parked for validation: ") + Thread.Store.LastError);
+    }
+    return done;
 }
 
 void ProcessorRole::Housekeeping(Worker &Thread)

@@ -2,6 +2,7 @@
 #include "engine/ConfigurationCopy.h"
 #include "engine/ServerRole.h"
 
+#include <QList>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -45,6 +46,9 @@ private:
     int ProcessBatch(Worker &Thread);
     // Stores the processed messages; false when the commit failed.
     bool StoreBatch(Worker &Thread);
+    // Parks the rows of the batch's messages that wait for validation; the
+    // rows of the others, to be released.
+    QList<qint64> ParkWaitingForValidation(Worker &Thread);
     // Expired validations and the archive, when they are due.
     void Housekeeping(Worker &Thread);
     void Archive(Worker &Thread);

@@ -1,3 +1,4 @@
+#include "ActionFragmentTags.h"
 #include "TestRegistry.h"
 #include "actions/ActionItem.h"
 #include "actions/clsActionAZ.h"
@@ -18,30 +19,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString StoredCondition = u"<Lines><Line>|%a%|=|1</Line></Lines>"_s;
-
-// The tags of a fragment's top level, in order.
-QStringList TopTags(const QString &Fragment)
-{
-    QStringList tags;
-    static const QRegularExpression tag(u"<([A-Za-z]+)>"_s);
-    qsizetype at = 0;
-    while (true) {
-        const QRegularExpressionMatch match = tag.match(Fragment, at);
-        if (!match.hasMatch())
-            break;
-        tags << match.captured(1);
-        const qsizetype close = Fragment.indexOf(u"</"_s + match.captured(1) + u'>', match.capturedEnd());
-        at = close < 0 ? match.capturedEnd() : close;
-    }
-    return tags;
-}
-
-// The fragment read back into a new list and written again.
-QString Reread(const QString &Fragment, ActionItem **Read, colActions &List)
-{
-    *Read = List.AddXML(Fragment);
-    return *Read ? (*Read)->XML() : QString();
-}
 
 } // namespace
 

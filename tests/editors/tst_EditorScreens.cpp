@@ -2,7 +2,11 @@
 #include "TestRegistry.h"
 #include "actions/clsActionComment.h"
 #include "actions/clsActionLogical.h"
+#include "actions/clsActionMSG.h"
 #include "actions/clsActionSetVariable.h"
+#include "actions/clsActionValidation.h"
+#include "actions/panels/MessageActionEditors.h"
+#include "actions/panels/ctlActionMSG.h"
 #include "editors/frmCondition.h"
 #include "editors/frmField.h"
 #include "editors/frmTrigger.h"
@@ -119,6 +123,38 @@ private slots:
         dialog.Action = trigger->ActionList().Item(1);
         dialog.Prepare();
         Save(dialog, QStringLiteral("action-set"));
+    }
+
+    void messageActionDialogs()
+    {
+        RegisterMessageActionEditors();
+        clsActionMSG mail;
+        mail.SendTo = QStringLiteral("sales@shop.example");
+        mail.Subject = QStringLiteral("Order %Customer%: %msg_subject%");
+        mail.Body = QStringLiteral("Customer: %Customer%\r\nTotal: %Total%");
+        mail.AttachmentsIncoming = true;
+        mail.ScheduleSend = true;
+        mail.ScheduleInterval = 30;
+        mail.SchedulePeriod = 1;
+        ActionItem *message = trigger->ActionList().Add(ActionItem::Make(mail));
+        frmTriggerAction mailDialog;
+        mailDialog.Trigger = trigger;
+        mailDialog.Action = message;
+        mailDialog.Prepare();
+        Save(mailDialog, QStringLiteral("action-message"));
+        static_cast<ctlActionMSG *>(mailDialog.ActiveView)->cmdSendVia->setChecked(true);
+        Save(mailDialog, QStringLiteral("action-message-sendvia"));
+
+        clsActionValidation validation;
+        validation.SendEmail = true;
+        validation.SendTo = QStringLiteral("approver@shop.example");
+        validation.SurveyFieldsXML = clsActionValidation::WriteSurveyFields(
+            {{QStringLiteral("Qty"), QStringLiteral("Text"), QStringLiteral("%Total%"), QStringLiteral("How many?")}});
+        frmTriggerAction validationDialog;
+        validationDialog.Trigger = trigger;
+        validationDialog.Action = trigger->ActionList().Add(ActionItem::Make(validation));
+        validationDialog.Prepare();
+        Save(validationDialog, QStringLiteral("action-validation"));
     }
 };
 

@@ -35,8 +35,8 @@ namespace {
 const QString KeptHTTPPost = QStringLiteral(
     "<Class>HTTPPost</Class><ID>KEEP1</ID><Enabled>-1</Enabled><URL>https://example.org/in?a=1&amp;b=2</URL>"
     "<Form>name=%Total%</Form><Condition><Lines><Line>|%Total%|&gt;|5</Line></Lines></Condition>");
-const QString KeptValidation = QStringLiteral(
-    "<Class>Validation</Class><ID>KEEP2</ID><ConfirmationHTML>&lt;b&gt;Sure?&lt;/b&gt;</ConfirmationHTML>"
+const QString KeptDNS = QStringLiteral(
+    "<Class>DNS</Class><ID>KEEP2</ID><HostName>&lt;%Domain%&gt;</HostName>"
     "<Condition></Condition>");
 
 std::unique_ptr<clsAccountTrigger> MakeTrigger(const QString &ID, const QString &Name)
@@ -55,7 +55,7 @@ std::unique_ptr<clsAccountTrigger> MakeTrigger(const QString &ID, const QString 
     field->LookFor = QStringLiteral("Customer:");
     trigger->FieldsToProcess().Add(std::move(field));
     trigger->ActionList().AddXML(KeptHTTPPost);
-    trigger->ActionList().AddXML(KeptValidation);
+    trigger->ActionList().AddXML(KeptDNS);
     return trigger;
 }
 
@@ -224,14 +224,14 @@ private slots:
         QVERIFY2(modal.Texts.isEmpty(), qPrintable(modal.Texts.join(u'\n')));
 
         QCOMPARE(Kinds(trigger.ActionList()),
-                 QStringList({"End", "HTTPPost", "Validation", "Set", "If", "Comment", "Label", "GoTo", "PassTo", "Else",
+                 QStringList({"End", "HTTPPost", "DNS", "Set", "If", "Comment", "Label", "GoTo", "PassTo", "Else",
                               "Comment", "EndIf", "Script"}));
         QVERIFY(editor.ButtonOK());
         QVERIFY(!editor.Dirty);
 
         const QString stored = session.Trigger(QStringLiteral("A1"), QStringLiteral("A1T1"));
         QCOMPARE(stored, trigger.XML());
-        QVERIFY2(stored.contains(KeptHTTPPost) && stored.contains(KeptValidation), qPrintable(stored));
+        QVERIFY2(stored.contains(KeptHTTPPost) && stored.contains(KeptDNS), qPrintable(stored));
 
         clsAccountTrigger read;
         read.setXML(stored);

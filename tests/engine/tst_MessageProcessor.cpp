@@ -299,7 +299,7 @@ private slots:
     void kindsWithoutARunTimeFailTheRunByName()
     {
         clsAccountTrigger &trigger = AddTrigger(*m_account, u"T1"_s, {u"A"_s});
-        trigger.ActionList().AddXML(u"<Class>Fax</Class><ID>X1</ID><Enabled>-1</Enabled>"_s);
+        trigger.ActionList().AddXML(u"<Class>DNS</Class><ID>X1</ID><Enabled>-1</Enabled>"_s);
         clsActionScript script;
         script.SBScriptToRun = u"Main"_s;
         Add(trigger, script);
@@ -307,7 +307,7 @@ private slots:
         clsMessage &message = Message(u"Qty: 1"_s);
         const QStringList lines = Run(message);
         QCOMPARE(message.ErrorCount, 2);
-        QVERIFY(lines.contains(u"* Action Fax (Send A Fax) cannot run on this server yet"_s));
+        QVERIFY(lines.contains(u"* Action DNS (DNS Lookup) cannot run on this server yet"_s));
         QVERIFY(message.LastError.contains(u"Script"_s));
         QCOMPARE(Field(message, u"A"_s), u"still runs"_s);
 

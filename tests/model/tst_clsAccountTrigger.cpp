@@ -20,8 +20,8 @@ std::unique_ptr<clsTriggerField> NewField(const QString &id, const QString &name
 
 const QString DirectDatabaseAction = QStringLiteral("<Class>DatabaseUpdate</Class><ID>DB1</ID><Enabled>-1</Enabled>"
                                                      "<Table>Orders</Table><UseInternal>-1</UseInternal>");
-const QString MessageAction = QStringLiteral("<Class>Message</Class><ID>MSG1</ID><Enabled>-1</Enabled>"
-                                             "<SendTo>a@b.example</SendTo>");
+const QString PostAction = QStringLiteral("<Class>HTTPPost</Class><ID>POST1</ID><Enabled>-1</Enabled>"
+                                          "<URL>https://b.example/in</URL>");
 
 // A trigger with every heading property away from its default, two fields,
 // two built actions and two actions held as they came.
@@ -58,7 +58,7 @@ void FillTrigger(clsAccountTrigger &t)
     set.Value = QStringLiteral("%Qty%");
     t.ActionList().Add(ActionItem::Make(set));
     t.ActionList().AddXML(DirectDatabaseAction);
-    t.ActionList().AddXML(MessageAction);
+    t.ActionList().AddXML(PostAction);
     t.ActionList().AddXML(QStringLiteral("<Class>Comment</Class><ID>C1</ID><Comment>done</Comment>"));
 }
 
@@ -115,8 +115,8 @@ private slots:
         QCOMPARE(ActionIDs(read), ActionIDs(t));
         QCOMPARE(read.ActionList().Item(QStringLiteral("SET1"))->As<clsActionSetVariable>()->Value,
                  QStringLiteral("%Qty%"));
-        QCOMPARE(read.ActionList().Item(QStringLiteral("MSG1"))->As<clsActionRaw>()->TagValue(QStringLiteral("SendTo")),
-                 QStringLiteral("a@b.example"));
+        QCOMPARE(read.ActionList().Item(QStringLiteral("POST1"))->As<clsActionRaw>()->TagValue(QStringLiteral("URL")),
+                 QStringLiteral("https://b.example/in"));
     }
 
     // Stored configurations hold these tags: a renamed, dropped or moved tag
