@@ -149,6 +149,8 @@ private:
     void CreateContextualTabs();
     void CreateSystemMenu();
     void ConnectCommands();
+    // The ribbon's commands that open the message views.
+    void ConnectViews();
     void CreateNavigator();
     void ShowListMenu(const QPoint &Position);
     // Stores a theme or font choice and asks for a restart.
