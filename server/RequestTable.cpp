@@ -35,6 +35,11 @@ void RequestTable::Add(const QString &Name, RequestVerb Verb, RequestHandler Han
     m_routes.insert(Name.toLower(), RequestRoute{Verb, Handler});
 }
 
+void RequestTable::AddAnonymous(const QString &Name, RequestVerb Verb, RequestHandler Handler)
+{
+    m_routes.insert(Name.toLower(), RequestRoute{Verb, Handler, true});
+}
+
 const RequestRoute *RequestTable::Find(const QString &Name) const
 {
     const auto found = m_routes.constFind(Name.toLower());

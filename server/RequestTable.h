@@ -58,6 +58,9 @@ struct RequestRoute
 {
     RequestVerb Verb = RequestVerb::Get;
     RequestHandler Handler = nullptr;
+    // Answered without credentials, for a user without rights: a page whose
+    // address itself is the key (a message's link).
+    bool Anonymous = false;
 };
 
 // The requests the web service answers, by name with extension in lower case
@@ -66,6 +69,7 @@ class RequestTable
 {
 public:
     void Add(const QString &Name, RequestVerb Verb, RequestHandler Handler);
+    void AddAnonymous(const QString &Name, RequestVerb Verb, RequestHandler Handler);
     const RequestRoute *Find(const QString &Name) const;
 
 private:

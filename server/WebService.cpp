@@ -4,6 +4,7 @@
 #include "ServerServices.h"
 #include "UserPasswords.h"
 #include "foundation/GlobalBlock.h"
+#include "model/clsUser.h"
 
 #include <QHttpServerRequest>
 #include <QHttpServerResponder>
@@ -106,6 +107,12 @@ ServerReply WebService::Answer(const QHttpServerRequest &Request, QTcpSocket *So
                                            + QStringLiteral("\" more than once."));
 
     const QHostAddress peer = Request.remoteAddress();
+    const RequestRoute *route = m_table.Find(Client.Name());
+    if (route && route->Anonymous && Client.Username.isEmpty() && Request.method() == QHttpServerRequest::Method::Get) {
+        clsUser nobody;
+        RequestContext context{Client, nobody, peer, Socket, m_services};
+        return route->Handler(context);
+    }
     if (m_throttle.IsBlocked(peer))
         return ServerReply::Unauthorized();
     clsUser *user = m_services.Passwords.Authenticate(Client.Username, Client.Password);
@@ -119,7 +126,6 @@ ServerReply WebService::Answer(const QHttpServerRequest &Request, QTcpSocket *So
     }
     m_throttle.Succeeded(peer);
 
-    const RequestRoute *route = m_table.Find(Client.Name());
     if (!route)
         return ServerReply::Fault(404, QStringLiteral("Unknown request: ") + Client.Name());
     const bool post = Request.method() == QHttpServerRequest::Method::Post;
