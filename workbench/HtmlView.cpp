@@ -42,6 +42,7 @@ QVariant HtmlView::loadResource(int Type, const QUrl &Name)
             return *part;
         }
     }
-    Refused << Name.toString();
+    if (!Refused.contains(Name.toString()))
+        Refused << Name.toString();
     return QVariant();
 }

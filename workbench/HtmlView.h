@@ -17,7 +17,7 @@ public:
 
     // Shows the HTML with the parts its "cid:" addresses refer to.
     void ShowHtml(const QString &Html, const QList<MimeAttachment> &Parts = {});
-    // The resources the page asked for that were refused, for the tests.
+    // The resources the page asked for that were refused, each once.
     QStringList Refused;
 
 protected:

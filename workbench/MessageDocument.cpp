@@ -179,7 +179,9 @@ QString MessageDocument::MimeWithoutLog() const
     // The log is a part of its own: the text is cut from the boundary line
     // before its headers to the next boundary line.
     const QString text = mail.GetMimeText();
-    const qsizetype log = text.indexOf(QStringLiteral("filename=") + u'"' + ProcessLogName);
+    static const QRegularExpression named(QStringLiteral("name=\"?") + QRegularExpression::escape(ProcessLogName),
+                                          QRegularExpression::CaseInsensitiveOption);
+    const qsizetype log = text.indexOf(named);
     if (log < 0)
         return text;
     const qsizetype boundary = text.lastIndexOf(QStringLiteral("\r\n--"), log);

@@ -23,6 +23,7 @@
 #include <QMessageBox>
 #include <QSplitter>
 #include <QTabBar>
+#include <QToolButton>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 #include <QVBoxLayout>

@@ -251,7 +251,7 @@ void frmViewEmail::FillRecord()
 void frmViewEmail::ShowView(View Which)
 {
     Views->setCurrentIndex(Which);
-    CommandBar->Command(ID_VIEWTEXT + Which)->setChecked(true);
+    CommandBar->Command(ID_VIEWTEXT + int(Which))->setChecked(true);
 }
 
 frmViewEmail::View frmViewEmail::CurrentView() const

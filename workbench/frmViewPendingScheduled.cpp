@@ -17,6 +17,7 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QSplitter>
+#include <QToolButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <iterator>

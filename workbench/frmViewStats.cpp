@@ -149,7 +149,8 @@ void frmViewStats::DrawChart(const Series &Data)
         series->attachAxis(days);
         series->attachAxis(values);
     }
-    values->setRange(0, highest > 0 ? highest * 1.1 : 1);
+    values->setRange(0, highest > 0 ? highest : 1);
+    values->applyNiceNumbers();
     QChart *old = Chart->chart();
     Chart->setChart(chart);
     delete old;

@@ -63,10 +63,13 @@ inline qint64 Insert(ServerFixture &Server, Row Stored)
     query.prepare(QStringLiteral(
         "INSERT INTO MessageStore (AccountID, OrganizationID, Source, UID, Subject, FromAddress, ToAddress, MessageDate, "
         "Importance, TriggerID, TriggerMatch, TriggerSuccess, TriggerError, Body, Headers, Attachments, HasFullBody, "
-        "ProcessedDate, MessageFlags, FolderID, Guid) VALUES (?, '', 'POP3', ?, ?, ?, 'in@alpha.test', ?, 'N', ?, ?, ?, "
+        "ProcessedDate, MessageFlags, FolderID, Guid) VALUES (?, ?, 'POP3', ?, ?, ?, 'in@alpha.test', ?, 'N', ?, ?, ?, "
         "?, ?, ?, ?, 1, ?, ?, ?, ?)"));
     const QString stamp = QStringLiteral("yyyy-MM-dd HH:mm:ss");
+    // A message lies in its folder's organization.
+    const clsUserFolder *folder = UserFolders().Item(Stored.FolderID);
     query.addBindValue(Stored.AccountID);
+    query.addBindValue(folder ? folder->OrganizationID : QString());
     query.addBindValue(Stored.UID.isEmpty() ? Stored.Subject : Stored.UID);
     query.addBindValue(Stored.Subject);
     query.addBindValue(Stored.From);

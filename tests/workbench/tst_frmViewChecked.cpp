@@ -7,6 +7,7 @@
 
 #include <QAction>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSignalSpy>
 #include <QTabBar>
 #include <QTest>
@@ -147,7 +148,7 @@ private slots:
         QVERIFY(view);
         QCOMPARE(view->Total, 1200);
         QCOMPARE(view->Rows().size(), 500);
-        QVERIFY(view->PageTabs->isVisible() || !view->isVisible());
+        QVERIFY(!view->PageTabs->isHidden());
         QCOMPARE(view->PageTabs->count(), 3);
         QCOMPARE(view->PageTabs->tabText(2), QStringLiteral("1001-1200"));
         QCOMPARE(view->lblStatus->text().left(46), QStringLiteral("1200 Messages. Retrieved 500 Records From Serv"));

@@ -1,9 +1,11 @@
 #include "TestRegistry.h"
 #include "ViewsFixture.h"
 #include "workbench/HtmlView.h"
+#include "workbench/RibbonBar.h"
 #include "workbench/frmViewPendingScheduled.h"
 
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QSignalSpy>
 #include <QTest>
