@@ -1,6 +1,7 @@
 #include "Editors.h"
 #include "actions/panels/MessageActionEditors.h"
 #include "frmAccountSendTo.h"
+#include "frmFolder.h"
 #include "frmRunWith.h"
 #include "frmTrigger.h"
 #include "frmUser.h"
@@ -8,6 +9,7 @@
 #include "model/GlobalCollections.h"
 #include "workbench/frmClient.h"
 #include "workbench/frmOptions.h"
+#include "workbench/frmViewChecked.h"
 
 #include <QPushButton>
 
@@ -70,6 +72,14 @@ void RegisterEditors()
     frmClient::MakeUserEditor = [](clsUser *User) -> QWidget * { return new frmUser(User); };
     frmClient::MakeDeployDialog = [](const QString &AccountID, QWidget *Parent) -> QDialog * {
         return new frmAccountSendTo(AccountID, Parent);
+    };
+    frmViewChecked::EditFolder = [](const clsUserFolder *Folder, const QString &ParentKey, QWidget *Parent) {
+        frmFolder dialog(Folder, Parent);
+        // A new folder hangs under the node it was asked for; the folder
+        // dialog offers the organization's folders only.
+        if (!Folder)
+            dialog.SelectParent(ParentKey.startsWith(u'P') && ParentKey != u"PUBLIC" ? ParentKey : QStringLiteral("ROOT"));
+        return dialog.exec() == QDialog::Accepted;
     };
     frmClient::MakeRunWithDialog = [](clsAccountTrigger *Trigger, QWidget *Parent) -> QDialog * {
         auto *dialog = new frmRunWith(Parent);

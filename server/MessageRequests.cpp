@@ -6,6 +6,7 @@
 // is narrowed to it, and a single message is looked up before it is touched.
 // A plain user reaches only the folders it sees (UserFoldersXML): a set must
 // name one of them, and a single message must lie in one.
+#include "MessagePage.h"
 #include "RequestChecks.h"
 #include "ServerLog.h"
 #include "ServerServices.h"
@@ -252,6 +253,50 @@ ServerReply GetMessage(RequestContext &Context)
     return reply;
 }
 
+ServerReply Page(const QString &Html)
+{
+    ServerReply reply = ServerReply::Ok(Html);
+    reply.ContentType = "text/html; charset=utf-8";
+    return reply;
+}
+
+// The page of a message for a browser, with the credentials in the query.
+ServerReply GetMessagePage(RequestContext &Context)
+{
+    const auto found = FindMessage(Context);
+    if (const auto *refused = std::get_if<ServerReply>(&found))
+        return *refused;
+    const QString mime = Store(Context).GetMessage(std::get<StoredMessage>(found).RecordNo);
+    if (mime.isEmpty())
+        return MessageStoreFailure(Context);
+    return Page(MessagePage(mime, Context.Client.Value(QStringLiteral("preview")).compare(u"y", Qt::CaseInsensitive) == 0));
+}
+
+// The page behind a message's link: the organization's ID followed by the
+// message's 32-digit Guid, which stands for the credentials. An ID that
+// names no message gets the same answer as a malformed one.
+ServerReply ViewMessagePage(RequestContext &Context)
+{
+    static const QRegularExpression link(QStringLiteral("^([A-Za-z0-9_-]{0,64})([0-9A-Fa-f]{32})$"));
+    const QRegularExpressionMatch id = link.match(Context.Client.Value(QStringLiteral("id")));
+    const ServerReply missing = Page(QStringLiteral("<!DOCTYPE html><html><body><p>There is no such message.</p></body></html>"));
+    if (!id.hasMatch())
+        return missing;
+    QSqlQuery query(QSqlDatabase::database(Store(Context).ReaderConnection(), false));
+    query.setForwardOnly(true);
+    query.prepare(QStringLiteral("SELECT RecordNo FROM MessageStore WHERE Guid=? AND OrganizationID=?"));
+    query.addBindValue(id.captured(2));
+    query.addBindValue(id.captured(1));
+    if (!query.exec()) {
+        Store(Context).LastError = query.lastError().text();
+        return MessageStoreFailure(Context);
+    }
+    if (!query.next())
+        return missing;
+    const QString mime = Store(Context).GetMessage(query.value(0).toLongLong());
+    return mime.isEmpty() ? missing : Page(MessagePage(mime, false));
+}
+
 ServerReply ChangeMessage(RequestContext &Context, bool (clsMessageStore::*Change)(qint64))
 {
     const auto found = FindMessage(Context);
@@ -366,6 +411,8 @@ void AddMessageRequests(RequestTable &Table)
     Table.Add(QStringLiteral("countmessages.xml"), RequestVerb::Get, CountMessages);
     Table.Add(QStringLiteral("getmessages.xml"), RequestVerb::Get, GetMessages);
     Table.Add(QStringLiteral("getmessage.xml"), RequestVerb::Get, GetMessage);
+    Table.Add(QStringLiteral("getmessage.aspx"), RequestVerb::Get, GetMessagePage);
+    Table.AddPublic(QStringLiteral("viewmessage.aspx"), RequestVerb::Get, ViewMessagePage);
     Table.Add(QStringLiteral("deletemessage.xml"), RequestVerb::Get, DeleteMessage);
     Table.Add(QStringLiteral("deletemessages.xml"), RequestVerb::Get, DeleteMessages);
     Table.Add(QStringLiteral("movemessage.xml"), RequestVerb::Get, MoveMessage);

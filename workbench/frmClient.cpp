@@ -11,6 +11,9 @@
 #include "frmPopup.h"
 #include "frmService.h"
 #include "frmStartServices.h"
+#include "frmViewChecked.h"
+#include "frmViewPendingScheduled.h"
+#include "frmViewStats.h"
 #include "foundation/Formatting.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/Registry.h"
@@ -477,13 +480,53 @@ void frmClient::ConnectCommands()
     for (int id = ID_TRIGGERCONDITIONS; id <= ID_TRIGGERCANCEL; ++id)
         connect(Command(id), &QAction::triggered, this, [this, id] { RunContextCommand(id); });
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { FollowFocus(now); });
-    // The windows of these commands come with the message views, the
-    // dashboard and the mail server's queue monitor; until then they stay
-    // greyed.
-    for (int id : {ID_VIEWPROCESSED, ID_VIEWSCHEDULED, ID_VIEWMYMESSAGES, ID_VIEWDASHBOARD,
-                   ID_VIEWUSERMESSAGES, ID_PENDINGMESSAGES, ID_RECENTLYSENT, ID_RECENTLYFAILED,
-                   ID_POP3USERS, ID_IMAPUSERS})
+    // The windows of these commands come with the mail server's queue
+    // monitor; until then they stay greyed.
+    for (int id : {ID_PENDINGMESSAGES, ID_RECENTLYSENT, ID_RECENTLYFAILED, ID_POP3USERS, ID_IMAPUSERS})
         Command(id)->setEnabled(false);
+    ConnectViews();
+}
+
+void frmClient::ConnectViews()
+{
+    // The account and trigger of the list's selection, or the account open.
+    auto selection = [this] {
+        const QString key = List->SelectedKey();
+        if (key.startsWith(u'A'))
+            return std::pair{key.mid(1), QString()};
+        if (key.startsWith(u'T'))
+            return std::pair{List->CurrentAccountID, key.mid(1)};
+        return std::pair{List->CurrentAccountID, List->CurrentTriggerID};
+    };
+    auto browse = [](const QString &AccountID, const QString &TriggerID, const QString &UserID) {
+        auto *view = new frmViewChecked;
+        view->show();
+        view->ShowMessages(AccountID, TriggerID, UserID);
+    };
+    connect(Command(ID_VIEWPROCESSED), &QAction::triggered, this, [selection, browse] {
+        const auto [account, trigger] = selection();
+        browse(account, trigger, QString());
+    });
+    connect(Command(ID_VIEWMYMESSAGES), &QAction::triggered, this, [browse] { browse(QString(), QString(), Global.UserID); });
+    connect(Command(ID_VIEWUSERMESSAGES), &QAction::triggered, this, [this, browse] {
+        const QString key = List->SelectedKey();
+        browse(QString(), QString(), key.startsWith(u'U') ? key.mid(1) : List->CurrentUserID);
+    });
+    connect(Command(ID_VIEWSCHEDULED), &QAction::triggered, this, [selection] {
+        const auto [account, trigger] = selection();
+        auto *view = new frmViewPendingScheduled;
+        view->show();
+        view->ShowMessages(account, trigger);
+    });
+    connect(Command(ID_VIEWDASHBOARD), &QAction::triggered, this, [selection] {
+        auto *view = new frmViewStats;
+        view->show();
+        view->ShowStats(selection().first);
+    });
+    Command(ID_VIEWDASHBOARD)->setToolTip(
+        QStringLiteral("View the messages processed dashboard report for the selected Account or Trigger"));
+    for (int id : {ID_VIEWPROCESSED, ID_VIEWSCHEDULED, ID_VIEWMYMESSAGES, ID_VIEWDASHBOARD, ID_VIEWUSERMESSAGES})
+        ServerCommands << Command(id);
 }
 
 void frmClient::FollowFocus(QWidget *Now)

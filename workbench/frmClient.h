@@ -165,6 +165,8 @@ private:
     void CreateContextualTabs();
     void CreateSystemMenu();
     void ConnectCommands();
+    // The ribbon's commands that open the message views.
+    void ConnectViews();
     void CreateNavigator();
     void ShowListMenu(const QPoint &Position);
     // An editor window that takes the focus shows its contextual tab.
