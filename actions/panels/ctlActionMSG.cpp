@@ -28,7 +28,6 @@
 #include <QTableWidget>
 #include <QToolBar>
 #include <QToolButton>
-#include <QUrlQuery>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -231,12 +230,9 @@ void ctlActionMSG::AddAttachment()
 
 void ctlActionMSG::SendTest()
 {
-    QUrlQuery query;
-    query.addQueryItem(QStringLiteral("subject"), txtSubject->text());
-    query.addQueryItem(QStringLiteral("body"), txtBody->toPlainText());
-    const QString address = Requests::SendTestEmail() + u'?' + query.toString(QUrl::FullyEncoded);
     frmRemote &remote = Remote();
-    if (!remote.HTTPGet(address) || remote.ReplyText.startsWith(QStringLiteral("Error:")))
+    if (!remote.HTTPPut(Requests::SendTestEmail(txtSubject->text()), txtBody->toPlainText())
+        || remote.ReplyText.startsWith(QStringLiteral("Error:")))
         WarningBox(this, remote.ReplyText.isEmpty() ? EditorText("SENDTESTFAILED", "The test message was not sent.")
                                                     : remote.ReplyText);
     else
