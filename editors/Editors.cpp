@@ -1,4 +1,5 @@
 #include "Editors.h"
+#include "frmAccount.h"
 #include "frmAccountSendTo.h"
 #include "frmTrigger.h"
 #include "frmUser.h"
@@ -6,6 +7,7 @@
 
 void RegisterEditors()
 {
+    frmClient::MakeAccountEditor = [](clsAccount *Account) -> QWidget * { return NewAccountEditor(Account); };
     frmClient::MakeTriggerEditor = [](clsAccount *Account, clsAccountTrigger *Trigger) -> QWidget * {
         return NewTriggerEditor(*Account, Trigger);
     };
