@@ -56,5 +56,6 @@ RequestTable BuildRequestTable()
     AddSourceRequests(table);
     AddProcessorRequests(table);
     AddDeployRequests(table);
+    AddNodeRequests(table);
     return table;
 }

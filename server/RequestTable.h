@@ -83,6 +83,7 @@ void AddLogRequests(RequestTable &Table);
 void AddSourceRequests(RequestTable &Table);
 void AddProcessorRequests(RequestTable &Table);
 void AddDeployRequests(RequestTable &Table);
+void AddNodeRequests(RequestTable &Table);
 
 // The table of every family.
 RequestTable BuildRequestTable();
