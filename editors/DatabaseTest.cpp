@@ -30,19 +30,18 @@ bool ServerOpensDatabase(QWidget *Parent, const QString &ConnectionString)
 DatabaseRun RunQuery(const QString &ConnectionString, const QString &Statement, int TimeoutSeconds)
 {
     DatabaseRun run;
-    QSqlDatabase db = DatabaseConnections::Open(ConnectionString, &run.Error, TimeoutSeconds, true);
-    if (!db.isValid() || !db.isOpen()) {
-        if (run.Error.isEmpty())
-            run.Error = QStringLiteral("The database does not open.");
-        return run;
-    }
     {
-        QSqlQuery query(db);
-        query.setForwardOnly(true);
-        if (!query.exec(Statement))
-            run.Error = DatabaseConnections::Reason(query.lastError(), ConnectionString);
-        while (run.Error.isEmpty() && query.next())
-            ++run.Rows;
+        QSqlDatabase db = DatabaseConnections::Open(ConnectionString, &run.Error, TimeoutSeconds, true);
+        if (db.isValid() && db.isOpen()) {
+            QSqlQuery query(db);
+            query.setForwardOnly(true);
+            if (!query.exec(Statement))
+                run.Error = DatabaseConnections::Reason(query.lastError(), ConnectionString);
+            while (run.Error.isEmpty() && query.next())
+                ++run.Rows;
+        } else if (run.Error.isEmpty()) {
+            run.Error = QStringLiteral("The database does not open.");
+        }
     }
     DatabaseConnections::Discard(ConnectionString);
     return run;

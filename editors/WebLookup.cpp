@@ -39,7 +39,8 @@ bool WebLookup::Fetch(const QString &Url, bool FollowRedirects)
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     loop.exec();
-    Body = reply->readAll();
+    if (reply->isOpen())
+        Body = reply->readAll();
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     const QString type = reply->header(QNetworkRequest::ContentTypeHeader).toString();
     const qsizetype charset = type.indexOf(QStringLiteral("charset="), 0, Qt::CaseInsensitive);

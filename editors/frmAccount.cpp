@@ -167,7 +167,7 @@ frmAccount::frmAccount(clsAccount *Account, QWidget *parent) : QWidget(parent), 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(Tabs);
     layout->addLayout(buttons);
-    resize(820, 640);
+    resize(1000, 640);
 
     UnCrunch();
     WatchChanges();
