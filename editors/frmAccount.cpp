@@ -39,7 +39,6 @@
 #include <QRegularExpression>
 #include <QSpinBox>
 #include <QStorageInfo>
-#include <QTabBar>
 #include <QTabWidget>
 #include <QThread>
 #include <QTreeWidget>
