@@ -59,6 +59,17 @@ void RunTriggerCommand(frmTrigger &Editor, int ID)
     }
 }
 
+// The "Account Settings" tab of the ribbon on the account editor.
+void RunAccountCommand(frmAccount &Editor, int ID)
+{
+    if (ID == frmClient::ID_ACCOUNTSAVE)
+        Editor.btnOK->click();
+    else if (ID == frmClient::ID_ACCOUNTCANCEL)
+        Editor.btnCancel->click();
+    else
+        Editor.ShowSourcePage(ID - frmClient::ID_GETVIAEMAIL);
+}
+
 } // namespace
 
 void RegisterEditors()
@@ -83,5 +94,7 @@ void RegisterEditors()
     frmClient::RunEditorCommand = [](QWidget *Editor, int ID) {
         if (auto *trigger = qobject_cast<frmTrigger *>(Editor))
             RunTriggerCommand(*trigger, ID);
+        else if (auto *account = qobject_cast<frmAccount *>(Editor))
+            RunAccountCommand(*account, ID);
     };
 }

@@ -34,7 +34,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSpinBox>
@@ -48,8 +47,6 @@
 namespace {
 
 constexpr int PathRole = Qt::UserRole;
-// The account editor that the main window's "Account Settings" tab commands.
-QPointer<frmAccount> RibbonTarget;
 
 QPushButton *Button(const QString &Text, QWidget *Parent, const std::function<void()> &Run)
 {
@@ -181,7 +178,8 @@ QGroupBox *frmAccount::SwitchFrame(const QString &Caption, QWidget *Page)
     frame->setChecked(false);
     connect(frame, &QGroupBox::toggled, this, [this] {
         ShowCaptions();
-        SyncSourceCommands();
+        if (isActiveWindow())
+            SyncSourceCommands();
     });
     return frame;
 }
@@ -1140,11 +1138,6 @@ void frmAccount::closeEvent(QCloseEvent *event)
         return;
     }
     event->accept();
-    if (RibbonTarget == this) {
-        RibbonTarget = nullptr;
-        if (frmClient *client = MainWindow())
-            client->ShowContextualTab(nullptr);
-    }
 }
 
 // --- Connection tests -----------------------------------------------------
@@ -1428,7 +1421,7 @@ void frmAccount::ReorderTriggers()
 void frmAccount::SyncSourceCommands()
 {
     frmClient *client = MainWindow();
-    if (!client || RibbonTarget != this)
+    if (!client)
         return;
     const QList<bool> on = {FrameIMAP->isChecked() || FrameSMTP->isChecked() || FrameExchange->isChecked(),
                             FrameDirect->isChecked(),      FrameFilePickup->isChecked(), FrameCSVPickup->isChecked(),
@@ -1449,45 +1442,11 @@ void frmAccount::ShowSourcePage(int Source)
     SyncSourceCommands();
 }
 
-namespace {
-
-// The main window's "Account Settings" commands act on the account editor
-// that was active last.
-void ConnectAccountSettingsTab(frmClient &Client)
-{
-    if (Client.property("AccountSettingsConnected").toBool())
-        return;
-    Client.setProperty("AccountSettingsConnected", true);
-    for (int source = 0; source <= frmClient::ID_NETWORKUSERS - frmClient::ID_GETVIAEMAIL; ++source)
-        if (QAction *command = Client.Command(frmClient::ID_GETVIAEMAIL + source))
-            QObject::connect(command, &QAction::triggered, &Client, [source] {
-                if (RibbonTarget)
-                    RibbonTarget->ShowSourcePage(source);
-            });
-    if (QAction *save = Client.Command(frmClient::ID_ACCOUNTSAVE))
-        QObject::connect(save, &QAction::triggered, &Client, [] {
-            if (RibbonTarget && RibbonTarget->ButtonOK())
-                RibbonTarget->close();
-        });
-    if (QAction *cancel = Client.Command(frmClient::ID_ACCOUNTCANCEL))
-        QObject::connect(cancel, &QAction::triggered, &Client, [] {
-            if (RibbonTarget)
-                RibbonTarget->close();
-        });
-}
-
-} // namespace
 
 bool frmAccount::event(QEvent *Event)
 {
-    if (Event->type() == QEvent::WindowActivate) {
-        if (frmClient *client = MainWindow()) {
-            ConnectAccountSettingsTab(*client);
-            RibbonTarget = this;
-            client->ShowContextualTab(client->AccountSettingsTab);
-            SyncSourceCommands();
-        }
-    }
+    if (Event->type() == QEvent::WindowActivate)
+        SyncSourceCommands();
     return QWidget::event(Event);
 }
 

@@ -205,7 +205,7 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
-    // Activation shows the main window's "Account Settings" tab for this window.
+    // Activation gives the main window's source commands this account's switches.
     bool event(QEvent *Event) override;
 
 private:
