@@ -1,5 +1,6 @@
 #include "Editors.h"
 #include "actions/panels/MessageActionEditors.h"
+#include "frmAccount.h"
 #include "frmAccountSendTo.h"
 #include "frmFolder.h"
 #include "frmRunWith.h"
@@ -61,11 +62,23 @@ void RunTriggerCommand(frmTrigger &Editor, int ID)
     }
 }
 
+// The "Account Settings" tab of the ribbon on the account editor.
+void RunAccountCommand(frmAccount &Editor, int ID)
+{
+    if (ID == frmClient::ID_ACCOUNTSAVE)
+        Editor.btnOK->click();
+    else if (ID == frmClient::ID_ACCOUNTCANCEL)
+        Editor.btnCancel->click();
+    else
+        Editor.ShowSourcePage(ID - frmClient::ID_GETVIAEMAIL);
+}
+
 } // namespace
 
 void RegisterEditors()
 {
     RegisterMessageActionEditors();
+    frmClient::MakeAccountEditor = [](clsAccount *Account) -> QWidget * { return NewAccountEditor(Account); };
     frmClient::MakeTriggerEditor = [](clsAccount *Account, clsAccountTrigger *Trigger) -> QWidget * {
         return NewTriggerEditor(*Account, Trigger);
     };
@@ -93,5 +106,7 @@ void RegisterEditors()
     frmClient::RunEditorCommand = [](QWidget *Editor, int ID) {
         if (auto *trigger = qobject_cast<frmTrigger *>(Editor))
             RunTriggerCommand(*trigger, ID);
+        else if (auto *account = qobject_cast<frmAccount *>(Editor))
+            RunAccountCommand(*account, ID);
     };
 }

@@ -1,4 +1,5 @@
 #include "frmField.h"
+#include "DatabaseTest.h"
 #include "EditorBoxes.h"
 #include "frmInputEditor.h"
 #include "foundation/GlobalBlock.h"
@@ -667,22 +668,8 @@ void frmField::TestLookup()
         WarningBox(this, EditorText("ERRORNOCONSTRING", "You need to specify the Connection String and SQL Statement"));
         return;
     }
-    frmRemote &remote = Remote();
-    const bool sent = remote.HTTPGet(QStringLiteral("testdbconnection.htm?text=") +
-                                         QString::fromLatin1(QUrl::toPercentEncoding(connection)),
-                                     0, true);
-    const QString result = GetTag(QStringLiteral("result"), remote.ReplyText);
-    const bool opened = result.compare(QStringLiteral("OK"), Qt::CaseInsensitive) == 0 ||
-                        result.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0;
-    if (!sent || remote.ReplyText.startsWith(QStringLiteral("Error:")) || !opened) {
-        WarningBox(this, EditorText("DBTESTFAIL1", "Failed To Open Database Using The Specified Connection String") +
-                             QStringLiteral("\r\n\r\n") +
-                             EditorText("DBTESTFAIL2", "Check that the login credentials are correct and that the "
-                                                       "%APPNAME% Server service's user can reach the database.")
-                                 .replace(QStringLiteral("%APPNAME%"), Global.AppTitle) +
-                             (result.isEmpty() ? QString() : QStringLiteral("\r\n\r\n") + result));
+    if (!ServerOpensDatabase(this, connection))
         return;
-    }
     QMessageBox::information(this, Global.AppTitle,
                              EditorText("DBTESTOK", "The server opened the database with this connection string."));
 }

@@ -4,6 +4,7 @@
 #include "ServerServices.h"
 #include "WebService.h"
 #include "engine/EdgeRole.h"
+#include "EdgeNodes.h"
 #include "engine/ServerRoles.h"
 #include "engine/actions/PopupPush.h"
 #include "engine/sources/SourceScheduler.h"
@@ -114,8 +115,11 @@ void PostvaneServer::StartRoles()
             QMetaObject::invokeMethod(&m_push, [this, accountID, reason] { PauseAccount(accountID, reason); },
                                       Qt::QueuedConnection);
         };
-    if (EdgeRole *edge = m_roles->Edge())
+    if (EdgeRole *edge = m_roles->Edge()) {
         SourceScheduler::AddTo(*edge, Global.DataPath);
+        edge->AddJob(QStringLiteral("Node announcement"), EdgeNodes::AnnounceSeconds * 1000,
+                     [](EdgeRole &) { EdgeNodes::Announce(); });
+    }
     if (MailServerRole *mailServer = m_roles->MailServer()) {
         mailServer->Tls = m_tls;
         mailServer->Authenticate = [](const QString &user, const QString &password) {

@@ -62,5 +62,6 @@ RequestTable BuildRequestTable()
     AddProcessorRequests(table);
     AddDeployRequests(table);
     AddValidationPage(table);
+    AddNodeRequests(table);
     return table;
 }

@@ -88,6 +88,7 @@ void AddSourceRequests(RequestTable &Table);
 void AddProcessorRequests(RequestTable &Table);
 void AddDeployRequests(RequestTable &Table);
 void AddValidationPage(RequestTable &Table);
+void AddNodeRequests(RequestTable &Table);
 
 // The table of every family.
 RequestTable BuildRequestTable();

@@ -51,6 +51,9 @@ bool CurlConnection::Open(const QString &Protocol, const SourceEndpoint &Endpoin
     GlobalInit();
     Error.clear();
     LastServerLine.clear();
+    CertificateRejected = false;
+    CertificateIssuer.clear();
+    CertificateSubject.clear();
     m_timeoutMs = Endpoint.TimeoutSeconds * 1000;
     QString host;
     const bool implicit = ImplicitTls(Protocol, Endpoint, host);
@@ -80,15 +83,33 @@ bool CurlConnection::Open(const QString &Protocol, const SourceEndpoint &Endpoin
     if (Endpoint.AcceptAnyCertificate) {
         curl_easy_setopt(m_curl, CURLOPT_SSL_VERIFYPEER, 0L);
         curl_easy_setopt(m_curl, CURLOPT_SSL_VERIFYHOST, 0L);
+        curl_easy_setopt(m_curl, CURLOPT_CERTINFO, 1L);
     } else if (!Endpoint.CAFile.isEmpty()) {
         curl_easy_setopt(m_curl, CURLOPT_CAINFO, Endpoint.CAFile.toLocal8Bit().constData());
     }
     const CURLcode code = curl_easy_perform(m_curl);
     curl_easy_setopt(m_curl, CURLOPT_VERBOSE, 0L);
     curl_easy_setopt(m_curl, CURLOPT_ERRORBUFFER, nullptr);
+    if (Endpoint.AcceptAnyCertificate)
+        ReadCertificate();
+    CertificateRejected = code == CURLE_PEER_FAILED_VERIFICATION;
     if (code != CURLE_OK)
         return Fail(QString::fromUtf8(reason[0] ? reason : curl_easy_strerror(code)));
     return true;
+}
+
+void CurlConnection::ReadCertificate()
+{
+    curl_certinfo *chain = nullptr;
+    if (curl_easy_getinfo(m_curl, CURLINFO_CERTINFO, &chain) != CURLE_OK || !chain || chain->num_of_certs < 1)
+        return;
+    for (curl_slist *field = chain->certinfo[0]; field; field = field->next) {
+        const QString line = QString::fromUtf8(field->data);
+        if (line.startsWith(QLatin1String("Issuer:")))
+            CertificateIssuer = line.mid(7);
+        else if (line.startsWith(QLatin1String("Subject:")))
+            CertificateSubject = line.mid(8);
+    }
 }
 
 void CurlConnection::Close()

@@ -39,9 +39,15 @@ public:
     QString Error;
     // The last line the server answered, through libcurl or to the reader.
     QByteArray LastServerLine;
+    // Open failed because the server's certificate is not trusted.
+    bool CertificateRejected = false;
+    // The server's certificate, read when the endpoint accepts any.
+    QString CertificateIssuer;
+    QString CertificateSubject;
 
 private:
     bool Fill();
+    void ReadCertificate();
     bool WaitReadable();
 
     CURL *m_curl = nullptr;

@@ -7,6 +7,10 @@
 #include "actions/clsActionValidation.h"
 #include "actions/panels/MessageActionEditors.h"
 #include "actions/panels/ctlActionMSG.h"
+#include "editors/SourceTabWidget.h"
+#include "editors/frmAccount.h"
+#include "editors/frmAccountSchedule.h"
+#include "editors/frmREOrderTriggers.h"
 #include "editors/frmCondition.h"
 #include "editors/frmField.h"
 #include "editors/frmTrigger.h"
@@ -155,6 +159,44 @@ private slots:
         validationDialog.Action = trigger->ActionList().Add(ActionItem::Make(validation));
         validationDialog.Prepare();
         Save(validationDialog, QStringLiteral("action-validation"));
+    }
+
+    void accountEditorPages()
+    {
+        clsAccount shown;
+        shown.Name = QStringLiteral("Orders Mailbox");
+        shown.Details = QStringLiteral("Orders of the web shop");
+        shown.IMAP = true;
+        shown.IMAPServer = QStringLiteral("imap.shop.example");
+        shown.IMAPPort = 993;
+        shown.IMAPSSL = true;
+        shown.IMAPAccount = QStringLiteral("orders");
+        shown.RSS = true;
+        shown.RSSUrl = QStringLiteral("https://shop.example/news.rss");
+        shown.SCHEDULE = QStringLiteral("208:00,12:30,17:00|NYYYYYN");
+        frmAccount editor(&shown);
+        const QStringList pages{"general", "email", "direct", "filepickup", "databasepull", "http",
+                                "rss", "clients", "twitter", "csvpickup"};
+        for (int page = 0; page < pages.size(); ++page) {
+            editor.Tabs->setCurrentIndex(page);
+            Save(editor, QStringLiteral("account-") + pages.at(page));
+        }
+        editor.Tabs->setCurrentIndex(frmAccount::PageEmail);
+        const QStringList reads{"imap", "pop3", "exchange"};
+        for (int page = 0; page < reads.size(); ++page) {
+            editor.TabsRead->setCurrentIndex(page);
+            Save(editor, QStringLiteral("account-email-") + reads.at(page));
+        }
+    }
+
+    void accountScheduleAndOrderDialogs()
+    {
+        clsAccount scheduled;
+        scheduled.SCHEDULE = QStringLiteral("208:00,12:30,17:00|NYYYYYN");
+        frmAccountSchedule schedule(scheduled, false);
+        Save(schedule, QStringLiteral("account-schedule"));
+        frmREOrderTriggers order(account);
+        Save(order, QStringLiteral("account-ordertriggers"));
     }
 };
 
