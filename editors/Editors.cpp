@@ -1,4 +1,5 @@
 #include "Editors.h"
+#include "actions/panels/DataActionEditors.h"
 #include "frmAccountSendTo.h"
 #include "frmTrigger.h"
 #include "frmUser.h"
@@ -6,6 +7,7 @@
 
 void RegisterEditors()
 {
+    RegisterDataActionEditors();
     frmClient::MakeTriggerEditor = [](clsAccount *Account, clsAccountTrigger *Trigger) -> QWidget * {
         return NewTriggerEditor(*Account, Trigger);
     };
