@@ -2,6 +2,7 @@
 #include "TestRegistry.h"
 #include "actions/clsActionCSV.h"
 #include "actions/clsActionExcel.h"
+#include "actions/clsActionReport.h"
 #include "foundation/GlobalBlock.h"
 #include "store/MimeMail.h"
 #include "store/StoreFixture.h"
@@ -212,6 +213,18 @@ private slots:
         QCOMPARE(SheetRows(excel.FileName).size(), 4);
         QCOMPARE(fixture.Run({u"H-4"_s}, u"M4"_s, &f.Store).size(), 1);
         QVERIFY(!f.Store.GetOutBox(sent));
+    }
+
+    // No designer here: the run says so in one error line and goes on.
+    void aReportSaysWhyItCannotRun()
+    {
+        clsActionReport report;
+        report.Name = u"Invoice"_s;
+        report.Export = true;
+        const QStringList lines = Fixture(report.XML()).Run({u"R-1"_s});
+        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines.first().startsWith(u"* Run A Report Invoice: "_s) && lines.first().contains(u"no report designer"_s),
+                 qPrintable(lines.first()));
     }
 };
 
