@@ -81,7 +81,7 @@ QByteArray FirstStartSample::Message(int Number)
     return QStringLiteral("From: %2 <%3>\r\n"
                           "To: orders@example.org\r\n"
                           "Subject: Order %1\r\n"
-                          "Date: Mon, 2 Nov 2026 09:%4:00 +0000\r\n"
+                          "Date: %4\r\n"
                           "Message-ID: <sample-order-%1@example.org>\r\n"
                           "Content-Type: text/plain; charset=utf-8\r\n"
                           "\r\n"
@@ -91,7 +91,7 @@ QByteArray FirstStartSample::Message(int Number)
                           "Order Date: %6\r\n")
         .arg(order.Number)
         .arg(QString::fromUtf8(order.Customer), QString::fromUtf8(order.Address))
-        .arg(Number * 10, 2, 10, QChar(u'0'))
+        .arg(QDateTime::currentDateTime().toString(Qt::RFC2822Date))
         .arg(QString::fromLatin1(order.Amount), QString::fromLatin1(order.Date))
         .toUtf8();
 }

@@ -23,7 +23,8 @@ public:
     // The account with its trigger saved in the store, the messages put in
     // the folder; false with LastError set when either fails.
     bool Create(ConfigStore &Store, const QString &OrganizationID);
-    // The text of sample order Number (1 to MessageCount), as a mail file.
+    // The text of sample order Number (1 to MessageCount), as a mail file
+    // dated now, so that the trigger's received date lets it through.
     static QByteArray Message(int Number);
 
     QString LastError;
