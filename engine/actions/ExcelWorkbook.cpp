@@ -5,28 +5,30 @@
 #include <QFileInfo>
 #include <QXmlStreamReader>
 #include <cstdio>
-#include <quazip.h>
-#include <quazipfile.h>
+#include <memory>
+#include <unzip.h>
 #include <xlsxwriter.h>
 
 namespace {
 
-const QString SheetEntry = QStringLiteral("xl/worksheets/sheet1.xml");
+const char *const SheetEntry = "xl/worksheets/sheet1.xml";
 constexpr int MaxColumns = 16384;
 constexpr int MaxRows = 1048576;
 
-// The bytes of one entry of the package; empty when it is not there.
-QByteArray EntryBytes(QuaZip &Zip, const QString &Name, bool *Found)
+// The bytes of one entry of the package; Found is false when it is not
+// there or does not read.
+QByteArray EntryBytes(void *Zip, const char *Name, bool *Found)
 {
-    *Found = Zip.setCurrentFile(Name);
+    *Found = unzLocateFile(Zip, Name, 1) == UNZ_OK && unzOpenCurrentFile(Zip) == UNZ_OK;
     if (!*Found)
         return QByteArray();
-    QuaZipFile file(&Zip);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *Found = false;
-        return QByteArray();
-    }
-    return file.readAll();
+    QByteArray bytes;
+    char buffer[65536];
+    int read = 0;
+    while ((read = unzReadCurrentFile(Zip, buffer, sizeof buffer)) > 0)
+        bytes.append(buffer, read);
+    *Found = unzCloseCurrentFile(Zip) == UNZ_OK && read == 0;
+    return bytes;
 }
 
 // The text of the element the reader stands on, with the texts of every <t>
@@ -60,19 +62,20 @@ int ExcelWorkbook::ColumnOf(const QString &Reference)
 bool ExcelWorkbook::Read(const QString &Path)
 {
     Rows.clear();
-    QuaZip zip(Path);
-    if (!zip.open(QuaZip::mdUnzip)) {
-        LastError = QStringLiteral("the file is no workbook that can be read (zip error %1)").arg(zip.getZipError());
+    const std::unique_ptr<void, int (*)(unzFile)> zip(unzOpen64(QFile::encodeName(Path).constData()), unzClose);
+    if (!zip) {
+        LastError = QStringLiteral("the file is no workbook that can be read");
         return false;
     }
     QStringList strings;
-    return ReadSheetNames(zip, &SheetName) && ReadSharedStrings(zip, &strings) && ReadSheet(zip, SheetEntry, strings);
+    return ReadSheetNames(zip.get(), &SheetName) && ReadSharedStrings(zip.get(), &strings)
+           && ReadSheet(zip.get(), SheetEntry, strings);
 }
 
-bool ExcelWorkbook::ReadSheetNames(QuaZip &Zip, QString *Sheet)
+bool ExcelWorkbook::ReadSheetNames(void *Zip, QString *Sheet)
 {
     bool found = false;
-    QXmlStreamReader xml(EntryBytes(Zip, QStringLiteral("xl/workbook.xml"), &found));
+    QXmlStreamReader xml(EntryBytes(Zip, "xl/workbook.xml", &found));
     QStringList names;
     while (found && !xml.atEnd())
         if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == u"sheet")
@@ -89,10 +92,10 @@ bool ExcelWorkbook::ReadSheetNames(QuaZip &Zip, QString *Sheet)
     return true;
 }
 
-bool ExcelWorkbook::ReadSharedStrings(QuaZip &Zip, QStringList *Strings)
+bool ExcelWorkbook::ReadSharedStrings(void *Zip, QStringList *Strings)
 {
     bool found = false;
-    QXmlStreamReader xml(EntryBytes(Zip, QStringLiteral("xl/sharedStrings.xml"), &found));
+    QXmlStreamReader xml(EntryBytes(Zip, "xl/sharedStrings.xml", &found));
     if (!found)
         return true; // a sheet of numbers and inline texts has none
     while (!xml.atEnd())
@@ -105,12 +108,12 @@ bool ExcelWorkbook::ReadSharedStrings(QuaZip &Zip, QStringList *Strings)
     return true;
 }
 
-bool ExcelWorkbook::ReadSheet(QuaZip &Zip, const QString &Entry, const QStringList &Strings)
+bool ExcelWorkbook::ReadSheet(void *Zip, const char *Entry, const QStringList &Strings)
 {
     bool found = false;
     QXmlStreamReader xml(EntryBytes(Zip, Entry, &found));
     if (!found) {
-        LastError = QStringLiteral("the workbook has no sheet ") + Entry;
+        LastError = QStringLiteral("the workbook has no sheet ") + QString::fromLatin1(Entry);
         return false;
     }
     while (!xml.atEnd()) {

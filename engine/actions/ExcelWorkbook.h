@@ -3,10 +3,10 @@
 #include <QString>
 #include <QVariant>
 
-class QuaZip;
-
-// The rows of a one-sheet .xlsx workbook: read with QuaZip and
-// QXmlStreamReader, written with libxlsxwriter. A cell is a number (double),
+// The rows of a one-sheet .xlsx workbook: read with minizip, the zip library
+// libxlsxwriter itself uses, and QXmlStreamReader; written with libxlsxwriter.
+// (QuaZip must stay out of the process: its copy of minizip exports the same
+// function names with other arguments, and libxlsxwriter's calls land in it.) A cell is a number (double),
 // a text (QString) or empty (an invalid QVariant). Only values are kept:
 // formulas leave their last result, formats are not carried over.
 class ExcelWorkbook
@@ -30,7 +30,8 @@ public:
     static int ColumnOf(const QString &Reference);
 
 private:
-    bool ReadSheetNames(QuaZip &Zip, QString *Sheet);
-    bool ReadSharedStrings(QuaZip &Zip, QStringList *Strings);
-    bool ReadSheet(QuaZip &Zip, const QString &Entry, const QStringList &Strings);
+    // Zip is minizip's unzFile.
+    bool ReadSheetNames(void *Zip, QString *Sheet);
+    bool ReadSharedStrings(void *Zip, QStringList *Strings);
+    bool ReadSheet(void *Zip, const char *Entry, const QStringList &Strings);
 };

@@ -96,7 +96,7 @@ private slots:
         QVERIFY(control->optDBExt->isChecked());
         QCOMPARE(control->lblConnection->text(), u"External Database Connection String:"_s);
         QCOMPARE(control->txtInsert->toPlainText().trimmed(),
-                 u"INSERT INTO `Order Lines` (OrderNo, `Order Total`) VALUES (@OrderNo, @Order_Total);"_s);
+                 u"INSERT INTO `Order Lines` (OrderNo, `Order Total`) VALUES (@OrderNo, @Order_Total) ;"_s);
         QVERIFY(control->txtUpdate->toPlainText().contains(u"WHERE OrderNo = @OrderNo"_s));
         control->cmboDialect->setCurrentIndex(1);
         QVERIFY(control->txtInsert->toPlainText().startsWith(u"INSERT INTO [Order Lines] (OrderNo, [Order Total])"_s));
