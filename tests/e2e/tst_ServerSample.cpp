@@ -91,8 +91,8 @@ private slots:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("From: Charles Babbage <charles@example.com>\r\nSubject: Order 1002 corrected\r\n\r\n"
                    "Order No: 1002\r\nCustomer: Charles Babbage\r\nAmount: 99.95\r\nOrder Date: 2026-11-04\r\n");
+        QVERIFY(file.flush() && file.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
         file.close();
-        QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
         QVERIFY(server.Get(u"checknow.xml"_s).Status == 200);
         QVERIFY2(Processed(4), qPrintable(Subjects().join(u", "_s)));
         QCOMPARE(Rows().value(1), u"1002|integer|Charles Babbage|99.95|real|2026-11-04"_s);
