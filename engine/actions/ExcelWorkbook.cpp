@@ -125,7 +125,8 @@ bool ExcelWorkbook::ReadSheet(void *Zip, const char *Entry, const QStringList &S
                 LastError = QStringLiteral("the sheet has a row %1, beyond the last row a sheet can have").arg(number);
                 return false;
             }
-            while (Rows.size() < qMax(number, int(Rows.size()) + 1))
+            const int last = qMax(number, int(Rows.size()) + 1); // a row without its number follows the one before
+            while (Rows.size() < last)
                 Rows << Row();
             continue;
         }
