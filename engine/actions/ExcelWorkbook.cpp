@@ -37,7 +37,7 @@ QString InnerText(QXmlStreamReader &Xml)
 {
     const QString end = Xml.name().toString();
     QString text;
-    while (Xml.readNext() != QXmlStreamReader::Invalid) {
+    while (!Xml.atEnd() && Xml.readNext() != QXmlStreamReader::Invalid) {
         if (Xml.isEndElement() && Xml.name() == end)
             break;
         if (Xml.isStartElement() && Xml.name() == u"t")
@@ -142,7 +142,8 @@ bool ExcelWorkbook::ReadSheet(void *Zip, const char *Entry, const QStringList &S
         }
         QString value;
         bool inlineText = false;
-        while (xml.readNext() != QXmlStreamReader::Invalid && !(xml.isEndElement() && xml.name() == u"c")) {
+        while (!xml.atEnd() && xml.readNext() != QXmlStreamReader::Invalid
+               && !(xml.isEndElement() && xml.name() == u"c")) {
             if (xml.isStartElement() && xml.name() == u"v")
                 value = xml.readElementText();
             else if (xml.isStartElement() && xml.name() == u"is") {
