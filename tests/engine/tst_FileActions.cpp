@@ -8,8 +8,11 @@
 #include "store/StoreFixture.h"
 
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTest>
 #include <QXmlStreamReader>
 #include <unzip.h>
@@ -86,6 +89,29 @@ void WriteWorkbook(const QString &Path, int Sheets)
 
 // The Outbox gives rows whose due second has passed.
 constexpr int DueWithin = 2100;
+
+// The Outbox's rows as "RecordNo|ScheduledDate|Status", for a failure's message.
+QString OutboxRows(const StoreFixture &Fixture)
+{
+    QSqlQuery query(QSqlDatabase::database(Fixture.Store.StoreConnection(), false));
+    QStringList rows{QDateTime::currentDateTime().toString(Qt::ISODate)};
+    if (query.exec(u"SELECT RecordNo, ScheduledDate, Status FROM Outbox"_s))
+        while (query.next())
+            rows << query.value(0).toString() + u'|' + query.value(1).toString() + u'|' + query.value(2).toString();
+    return rows.join(u", "_s);
+}
+
+// Takes the Outbox's next row once its due second has passed.
+bool TakeDue(clsMessageStore &Store, OutboxMessage &Row)
+{
+    QDeadlineTimer deadline(DueWithin);
+    while (!Store.GetOutBox(Row)) {
+        if (deadline.hasExpired())
+            return false;
+        QTest::qWait(100);
+    }
+    return true;
+}
 
 QByteArray FileBytes(const QString &Path)
 {
@@ -171,7 +197,7 @@ private slots:
                               u"Update CSV File "_s + csv.FileName + u": sent to accounts@example.com and cleared"_s}));
         QVERIFY(!QFile::exists(csv.FileName));
         OutboxMessage sent;
-        QTRY_VERIFY_WITH_TIMEOUT(f.Store.GetOutBox(sent), DueWithin);
+        QVERIFY2(TakeDue(f.Store, sent), qPrintable(OutboxRows(f)));
         QCOMPARE(sent.MailTo, u"accounts@example.com"_s);
         QCOMPARE(sent.MailFrom, u"server@example.org"_s);
         QCOMPARE(sent.AccountID, u"ACC1"_s);
@@ -216,7 +242,7 @@ private slots:
         }
         const QStringList lines = fixture.Run({u"H-3"_s}, u"M3"_s, &f.Store);
         QCOMPARE(lines.last(), u"Update Excel File "_s + excel.FileName + u": sent to accounts@example.com"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(f.Store.GetOutBox(sent), DueWithin);
+        QVERIFY2(TakeDue(f.Store, sent), qPrintable(OutboxRows(f)));
         MimeMail mail;
         QVERIFY(mail.LoadMime(sent.Mime));
         QCOMPARE(mail.Attachments().first().Data, FileBytes(excel.FileName));
