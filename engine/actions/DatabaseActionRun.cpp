@@ -13,6 +13,7 @@
 
 #include <QHash>
 #include <QLocale>
+#include <QMutex>
 #include <QSqlError>
 #include <QSqlQuery>
 
@@ -293,6 +294,10 @@ bool DatabaseActionRun::RunDirect(const clsActionDB &Action, clsAccountTrigger &
     const QString of = QStringLiteral("Update A Database");
     QString connection;
     if (Action.UseInternal) {
+        // Processor threads taking messages of one trigger at once would
+        // each make its missing tables, and all but one would fail.
+        static QMutex making;
+        const QMutexLocker made(&making);
         if (!Trigger.CreateInternalTables()) {
             m_log(QStringLiteral("* ") + of + QStringLiteral(": the internal database of trigger ") + Trigger.Name
                   + QStringLiteral(" could not be made: ") + Trigger.InternalDatabaseProblem);
