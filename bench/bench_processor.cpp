@@ -14,7 +14,7 @@
 #include "actions/clsActionSetVariable.h"
 #include "actions/colActions.h"
 #include "engine/processor/ProcessorRole.h"
-#include "foundation/GlobalBlock.h"
+#include "BenchSetup.h"
 #include "model/Condition.h"
 #include "model/GlobalCollections.h"
 #include "model/clsAccount.h"
@@ -197,7 +197,7 @@ double ProcessCpuSeconds()
 Figures RunProcessor(int Messages, int Threads)
 {
     QTemporaryDir folder;
-    Global.DataPath = folder.path() + u'/';
+    UseStoreIn(folder.path());
     Figures figures;
     clsMessageStore store;
     if (!store.OpenMessageStore() || !Queue(store, Messages)) {
@@ -273,12 +273,7 @@ double RawSingleCommits(int Rows)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    int messages = 10000;
-    const QStringList arguments = app.arguments();
-    const qsizetype given = arguments.indexOf(QStringLiteral("--messages"));
-    if (given > 0 && given + 1 < arguments.size())
-        messages = qMax(1, arguments.at(given + 1).toInt());
-    Global.DatabaseKind = 99;
+    const int messages = qMax(1, IntArgument(app.arguments(), QStringLiteral("--messages"), 10000));
 
     const double raw = RawSingleCommits(2000);
     std::printf("Raw single-row commits of 5 KB rows through sqlite3: %.0f rows/s\n", raw);

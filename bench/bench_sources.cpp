@@ -12,7 +12,7 @@
 #include "engine/sources/EdgeQueueSink.h"
 #include "engine/sources/ImapReader.h"
 #include "engine/sources/Pop3Reader.h"
-#include "foundation/GlobalBlock.h"
+#include "BenchSetup.h"
 #include "store/clsMessageStore.h"
 
 #include <QCoreApplication>
@@ -23,12 +23,6 @@
 #include <cstdio>
 
 namespace {
-
-int IntArgument(const QStringList &Args, const QString &Name, int Default)
-{
-    const qsizetype at = Args.indexOf(Name);
-    return at >= 0 && at + 1 < Args.size() ? Args.at(at + 1).toInt() : Default;
-}
 
 QByteArray Message(int N, int Size)
 {
@@ -112,10 +106,7 @@ int main(int argc, char **argv)
     const int sample = std::min(messages, IntArgument(args, QStringLiteral("--curl"), 200));
 
     QTemporaryDir folder;
-    Global.AppPath = QCoreApplication::applicationDirPath() + u'/';
-    Global.DataPath = folder.path() + u'/';
-    Global.DatabaseKind = 99;
-    Global.DBVersion = GlobalBlock::CurrentDBVersion;
+    UseStoreIn(folder.path());
     clsMessageStore store;
     if (!store.OpenMessageStore()) {
         std::fprintf(stderr, "cannot open the store: %s\n", qPrintable(store.LastError));

@@ -9,7 +9,7 @@
 // 3. the peak memory of the process.
 //
 // Usage: bench_store [--adds N] [--rows N] [--keep DIR]
-#include "foundation/GlobalBlock.h"
+#include "BenchSetup.h"
 #include "store/StoreFiles.h"
 #include "store/clsMessage.h"
 #include "store/clsMessageStore.h"
@@ -219,12 +219,6 @@ Timing TimeSet(clsMessageStore &store, const MessageSetFilter &filter)
     return timing;
 }
 
-int IntArgument(const QStringList &args, const QString &name, int fallback)
-{
-    const qsizetype at = args.indexOf(name);
-    return at >= 0 && at + 1 < args.size() ? args.at(at + 1).toInt() : fallback;
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -235,10 +229,7 @@ int main(int argc, char **argv)
     const int rows = IntArgument(args, QStringLiteral("--rows"), 1000000);
 
     QTemporaryDir folder;
-    Global.AppPath = QCoreApplication::applicationDirPath() + u'/';
-    Global.DataPath = folder.path() + u'/';
-    Global.DatabaseKind = 99;
-    Global.DBVersion = GlobalBlock::CurrentDBVersion;
+    UseStoreIn(folder.path());
 
     // 1. Single-row commits, the two writers taking turns in rounds so that
     // a change in the machine's load falls on both alike.

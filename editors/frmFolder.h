@@ -3,6 +3,7 @@
 
 #include <QDialog>
 
+class AddressGrid;
 class QLineEdit;
 class QPushButton;
 class QTableWidget;
@@ -20,6 +21,7 @@ public:
 
     QLineEdit *txtName = nullptr;
     QTreeWidget *FolderTree = nullptr;
+    AddressGrid *Addresses = nullptr;
     QTableWidget *EmailGrid = nullptr;
     QPushButton *btnAdd = nullptr;
     QPushButton *btnEdit = nullptr;
@@ -38,5 +40,4 @@ public:
 
 private:
     void FillFolderTree();
-    void AskEmail(int Row);
 };

@@ -681,7 +681,10 @@ bool frmTrigger::ButtonOK()
     }
     SelectedTrigger = &Trigger;
     Account.ReceivedAfterReset();
-    Remote().SendTrigger(Trigger);
+    // A post that failed keeps the window open with its changes; the
+    // message bar says why.
+    if (!Remote().SendTrigger(Trigger))
+        return false;
     Dirty = false;
     setWindowTitle(EditorText("TRIGGERTITLE", "Account Trigger:") + u' ' + Trigger.Name);
     emit TriggerSaved(Trigger.TriggerID);

@@ -83,7 +83,7 @@ public:
     bool ValidateControls();
     // Controls to object, in the order the fragment is built.
     void ReadControls();
-    // Validates, stores, posts. False when a check failed.
+    // Validates, stores, posts. False when a check failed or the post did.
     bool ButtonOK();
     // Asks to save when changed; false when the answer was Cancel.
     bool ButtonCancel();

@@ -1,4 +1,7 @@
 #include "frmUser.h"
+#include "AddressGrid.h"
+#include "EditorBoxes.h"
+#include "FolderNodes.h"
 #include "frmUserOrganization.h"
 #include "foundation/Crypt.h"
 #include "foundation/Formatting.h"
@@ -15,43 +18,10 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
-#include <QInputDialog>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTableWidget>
 #include <QTreeWidget>
 #include <QVBoxLayout>
-
-namespace {
-
-constexpr int KeyRole = Qt::UserRole + 1;
-const QString RootKey = QStringLiteral("ROOT");
-
-QTableWidget *AddressGrid(const QString &Heading, QWidget *Parent)
-{
-    auto *grid = new QTableWidget(0, 1, Parent);
-    grid->setHorizontalHeaderLabels({Heading});
-    grid->horizontalHeader()->setStretchLastSection(true);
-    grid->verticalHeader()->hide();
-    grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    grid->setSelectionMode(QAbstractItemView::SingleSelection);
-    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    return grid;
-}
-
-QStringList GridTexts(const QTableWidget *Grid)
-{
-    QStringList texts;
-    for (int row = 0; row < Grid->rowCount(); ++row) {
-        const QString text = Grid->item(row, 0) ? Grid->item(row, 0)->text().trimmed() : QString();
-        if (!text.isEmpty())
-            texts << text;
-    }
-    return texts;
-}
-
-} // namespace
 
 frmUser::frmUser(const clsUser *User, QWidget *parent) : QDialog(parent)
 {
@@ -82,14 +52,11 @@ frmUser::frmUser(const clsUser *User, QWidget *parent) : QDialog(parent)
     chkSysAdmin->setObjectName(QStringLiteral("chkSysAdmin"));
     chkPOP3 = new QCheckBox(QStringLiteral("Allow POP3 && IMAP Access To Folders"), this);
     chkPOP3->setObjectName(QStringLiteral("chkPOP3"));
-    EmailGrid = AddressGrid(DictText("GRIDEMAILUSER", "Email Address"), this);
-    EmailGrid->setObjectName(QStringLiteral("EmailGrid"));
-    btnAdd = new QPushButton(QStringLiteral("Add"), this);
-    btnAdd->setObjectName(QStringLiteral("btnAdd"));
-    btnEdit = new QPushButton(QStringLiteral("Edit"), this);
-    btnEdit->setObjectName(QStringLiteral("btnEdit"));
-    btnDelete = new QPushButton(QStringLiteral("Delete"), this);
-    btnDelete->setObjectName(QStringLiteral("btnDelete"));
+    Addresses = new AddressGrid(DictText("GRIDEMAILUSER", "Email Address"), this);
+    EmailGrid = Addresses->Grid;
+    btnAdd = Addresses->btnAdd;
+    btnEdit = Addresses->btnEdit;
+    btnDelete = Addresses->btnDelete;
     FolderTree = new QTreeWidget(this);
     FolderTree->setObjectName(QStringLiteral("FolderTree"));
     FolderTree->setHeaderHidden(true);
@@ -99,11 +66,9 @@ frmUser::frmUser(const clsUser *User, QWidget *parent) : QDialog(parent)
     txtForwardTo->setObjectName(QStringLiteral("txtForwardTo"));
     chkForwardOnly = new QCheckBox(QStringLiteral("Forward Only (Do Not Keep A Copy)"), this);
     chkForwardOnly->setObjectName(QStringLiteral("chkForwardOnly"));
-    btnSave = new QPushButton(QStringLiteral("Save"), this);
-    btnSave->setObjectName(QStringLiteral("btnSave"));
+    btnSave = NamedButton(QStringLiteral("Save"), "btnSave", this);
     btnSave->setDefault(true);
-    btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
-    btnCancel->setObjectName(QStringLiteral("btnCancel"));
+    btnCancel = NamedButton(QStringLiteral("Cancel"), "btnCancel", this);
 
     auto *details = new QGroupBox(QStringLiteral("User"), this);
     auto *form = new QFormLayout(details);
@@ -119,14 +84,8 @@ frmUser::frmUser(const clsUser *User, QWidget *parent) : QDialog(parent)
     form->addRow(QString(), chkPOP3);
 
     auto *addresses = new QGroupBox(QStringLiteral("Email Addresses"), this);
-    auto *addressLayout = new QHBoxLayout(addresses);
-    auto *addressButtons = new QVBoxLayout;
-    addressButtons->addWidget(btnAdd);
-    addressButtons->addWidget(btnEdit);
-    addressButtons->addWidget(btnDelete);
-    addressButtons->addStretch(1);
-    addressLayout->addWidget(EmailGrid, 1);
-    addressLayout->addLayout(addressButtons);
+    auto *addressLayout = new QVBoxLayout(addresses);
+    addressLayout->addWidget(Addresses);
 
     auto *folders = new QGroupBox(QStringLiteral("Folders This User Can See"), this);
     auto *folderLayout = new QVBoxLayout(folders);
@@ -146,13 +105,9 @@ frmUser::frmUser(const clsUser *User, QWidget *parent) : QDialog(parent)
     right->addWidget(forwarding);
     columns->addLayout(left, 1);
     columns->addLayout(right, 1);
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(btnSave);
-    buttons->addWidget(btnCancel);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(columns, 1);
-    layout->addLayout(buttons);
+    layout->addLayout(ClosingButtons(btnSave, btnCancel));
     resize(760, 520);
 
     Load();
@@ -165,14 +120,7 @@ frmUser::frmUser(const clsUser *User, QWidget *parent) : QDialog(parent)
         }
     });
     connect(btnCancel, &QPushButton::clicked, this, &QWidget::close);
-    connect(btnAdd, &QPushButton::clicked, this, &frmUser::AddEmail);
-    connect(btnEdit, &QPushButton::clicked, this, &frmUser::EditEmail);
-    connect(btnDelete, &QPushButton::clicked, this, [this] {
-        if (EmailGrid->currentRow() >= 0) {
-            EmailGrid->removeRow(EmailGrid->currentRow());
-            MarkDirty();
-        }
-    });
+    connect(Addresses, &AddressGrid::Changed, this, &frmUser::MarkDirty);
     connect(btnOrgAdd, &QPushButton::clicked, this, [this] {
         frmUserOrganization organization(nullptr, this);
         if (organization.exec() == QDialog::Accepted)
@@ -203,10 +151,7 @@ void frmUser::Load()
     chkSysAdmin->setChecked(Edited.Admin);
     chkSysAdmin->setEnabled(Global.IsAdmin);
     chkPOP3->setChecked(Edited.AllowPOP3Imap);
-    for (const QString &address : Edited.EmailAddresses()) {
-        EmailGrid->insertRow(EmailGrid->rowCount());
-        EmailGrid->setItem(EmailGrid->rowCount() - 1, 0, new QTableWidgetItem(address));
-    }
+    Addresses->SetAddresses(Edited.EmailAddresses());
     chkForward->setChecked(Edited.Forward);
     txtForwardTo->setText(Edited.ForwardTo);
     chkForwardOnly->setChecked(Edited.ForwardOnly);
@@ -227,63 +172,27 @@ void frmUser::FillOrganizations(const QString &OrganizationID)
 void frmUser::FillFolderTree()
 {
     const QSignalBlocker quiet(FolderTree);
-    FolderTree->clear();
     const QString organizationID = cmboOrg->currentData().toString();
-    auto *root = new QTreeWidgetItem(FolderTree, {DictText("ALLFOLDERS", "All Folders")});
-    root->setData(0, KeyRole, RootKey);
-    root->setCheckState(0, Edited.Folders.isEmpty() ? Qt::Checked : Qt::Unchecked);
+    QTreeWidgetItem *root = FillFolderNodes(FolderTree, DictText("ALLFOLDERS", "All Folders"), u'F',
+                                            [this, &organizationID](const clsUserFolder &Folder) {
+                                                // Folders of other users are not shown.
+                                                return Folder.OrganizationID == organizationID
+                                                       && (Folder.UserID.isEmpty() || Folder.UserID == Edited.ID);
+                                            });
     const QStringList ticked = Edited.Folders.split(u',', Qt::SkipEmptyParts);
-    QHash<QString, QTreeWidgetItem *> nodes;
-    QList<const clsUserFolder *> shown;
-    for (const clsUserFolder *folder : UserFolders()) {
-        // Folders of other users are not shown.
-        if (folder->OrganizationID != organizationID || (!folder->UserID.isEmpty() && folder->UserID != Edited.ID))
-            continue;
-        auto *node = new QTreeWidgetItem({folder->Name});
-        node->setData(0, KeyRole, QStringLiteral("F") + folder->ID);
-        node->setCheckState(0, ticked.contains(folder->ID) ? Qt::Checked : Qt::Unchecked);
-        nodes.insert(folder->ID, node);
-        shown.append(folder);
+    for (QTreeWidgetItemIterator it(FolderTree); *it; ++it) {
+        const QString key = (*it)->data(0, FolderKeyRole).toString();
+        const bool on = *it == root ? Edited.Folders.isEmpty() : ticked.contains(key.mid(1));
+        (*it)->setCheckState(0, on ? Qt::Checked : Qt::Unchecked);
     }
-    for (const clsUserFolder *folder : shown) {
-        QTreeWidgetItem *parent = nodes.value(folder->Parent, root);
-        parent->addChild(nodes.value(folder->ID));
-    }
-    FolderTree->expandAll();
 }
 
 QStringList frmUser::TickedFolders() const
 {
     QStringList keys;
     for (QTreeWidgetItemIterator it(FolderTree, QTreeWidgetItemIterator::Checked); *it; ++it)
-        keys << (*it)->data(0, KeyRole).toString();
-    return keys.contains(RootKey) ? QStringList{RootKey} : keys;
-}
-
-void frmUser::AddEmail()
-{
-    bool ok = false;
-    const QString address = QInputDialog::getText(this, windowTitle(), DictText("GRIDEMAILUSER", "Email Address"),
-                                                  QLineEdit::Normal, QString(), &ok).trimmed();
-    if (!ok || address.isEmpty())
-        return;
-    EmailGrid->insertRow(EmailGrid->rowCount());
-    EmailGrid->setItem(EmailGrid->rowCount() - 1, 0, new QTableWidgetItem(address));
-    MarkDirty();
-}
-
-void frmUser::EditEmail()
-{
-    QTableWidgetItem *item = EmailGrid->item(EmailGrid->currentRow(), 0);
-    if (!item)
-        return;
-    bool ok = false;
-    const QString address = QInputDialog::getText(this, windowTitle(), DictText("GRIDEMAILUSER", "Email Address"),
-                                                  QLineEdit::Normal, item->text(), &ok).trimmed();
-    if (ok && !address.isEmpty()) {
-        item->setText(address);
-        MarkDirty();
-    }
+        keys << (*it)->data(0, FolderKeyRole).toString();
+    return keys.contains(FolderRootKey) ? QStringList{FolderRootKey} : keys;
 }
 
 void frmUser::TakeControls()
@@ -297,10 +206,10 @@ void frmUser::TakeControls()
     Edited.OrganizationAdmin = chkAdmin->isChecked();
     Edited.Admin = chkSysAdmin->isChecked();
     Edited.AllowPOP3Imap = chkPOP3->isChecked();
-    Edited.Email = GridTexts(EmailGrid).join(u',');
+    Edited.Email = Addresses->Addresses().join(u',');
     QStringList folders;
     for (const QString &key : TickedFolders())
-        if (key != RootKey)
+        if (key != FolderRootKey)
             folders << key.mid(1);
     Edited.Folders = folders.join(u',');
     Edited.Forward = chkForward->isChecked();

@@ -3,6 +3,7 @@
 
 #include <QDialog>
 
+class AddressGrid;
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
@@ -32,6 +33,7 @@ public:
     QCheckBox *chkAdmin = nullptr;
     QCheckBox *chkSysAdmin = nullptr;
     QCheckBox *chkPOP3 = nullptr;
+    AddressGrid *Addresses = nullptr;
     QTableWidget *EmailGrid = nullptr;
     QPushButton *btnAdd = nullptr;
     QPushButton *btnEdit = nullptr;
@@ -65,8 +67,6 @@ protected:
 private:
     void Load();
     void FillOrganizations(const QString &OrganizationID);
-    void AddEmail();
-    void EditEmail();
     void TakeControls();
     void MarkDirty() { Dirty = true; }
 

@@ -1,4 +1,5 @@
 #include "frmUserOrganization.h"
+#include "EditorBoxes.h"
 #include "foundation/Formatting.h"
 #include "model/GlobalCollections.h"
 #include "session/Requests.h"
@@ -7,7 +8,6 @@
 #include "workbench/WindowDictionary.h"
 
 #include <QFormLayout>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QIntValidator>
 #include <QLabel>
@@ -61,11 +61,9 @@ frmUserOrganization::frmUserOrganization(const clsUserOrganization *Organization
         GridConstants->setItem(i - 1, 1, new QTableWidgetItem(Edited.ConstantValue(i)));
     }
 
-    btnOK = new QPushButton(QStringLiteral("OK"), this);
-    btnOK->setObjectName(QStringLiteral("btnOK"));
+    btnOK = NamedButton(QStringLiteral("OK"), "btnOK", this);
     btnOK->setDefault(true);
-    btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
-    btnCancel->setObjectName(QStringLiteral("btnCancel"));
+    btnCancel = NamedButton(QStringLiteral("Cancel"), "btnCancel", this);
 
     auto *form = new QFormLayout;
     form->addRow(QStringLiteral("Name"), txtName);
@@ -74,15 +72,11 @@ frmUserOrganization::frmUserOrganization(const clsUserOrganization *Organization
     form->addRow(QStringLiteral("Maximum Messages Per Day"), txtMessagesDay);
     form->addRow(QStringLiteral("Maximum Messages Per Month"), txtMessagesMonth);
     form->addRow(QStringLiteral("Created On"), lblCreatedOn);
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(btnOK);
-    buttons->addWidget(btnCancel);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addWidget(new QLabel(QStringLiteral("Constants"), this));
     layout->addWidget(GridConstants, 1);
-    layout->addLayout(buttons);
+    layout->addLayout(ClosingButtons(btnOK, btnCancel));
     resize(520, 480);
     GetDDict(this);
 

@@ -33,6 +33,8 @@ public:
     bool Refresh();
     // Reads it anew at the next Refresh.
     void Forget() { m_generation = NoGeneration; }
+    // True when a change was stored in this process since the copy was read.
+    bool Changed() const { return ConfigurationGeneration() != m_generation; }
 
     // Milliseconds after which a copy is read again even without a change
     // in this process.

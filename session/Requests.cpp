@@ -98,7 +98,7 @@ QString WithAuth(const QString &Address, const QString &Auth)
 QString GetSession() { return Address("getsession.xml"); }
 QString GetGlobals() { return Address("getglobals.xml"); }
 QString PostGlobals() { return Address("postglobals.htm"); }
-QString SendTestEmail() { return Address("sendtestemail.xml"); }
+QString SendTestEmail(const QString &Subject) { return Address("sendtestemail.xml").Encoded("subject", Subject); }
 QString TestDBConnection(const QString &ConnectionString)
 {
     return Address("testdbconnection.htm").Encoded("text", ConnectionString);

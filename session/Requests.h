@@ -36,7 +36,8 @@ struct MessageSet
 QString GetSession();
 QString GetGlobals();
 QString PostGlobals();
-QString SendTestEmail();
+// The body of the test message is posted.
+QString SendTestEmail(const QString &Subject);
 QString TestDBConnection(const QString &ConnectionString);
 QString CheckNow();
 QString DeleteMailStore();

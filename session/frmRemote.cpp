@@ -184,13 +184,18 @@ bool frmRemote::HTTPGet(const QString &URL, int TimeOut, bool Silent)
         emit MessageBar(DDict().GetString(QStringLiteral("ACCESSDENIED"), QStringLiteral("Access Denied")));
         return false;
     }
+    ConnectionLost(code, !Silent);
+    return false;
+}
+
+void frmRemote::ConnectionLost(int Code, bool GreyCommands)
+{
     emit MessageBar(DDict().GetString(QStringLiteral("CONNECTERROR"), QStringLiteral("Connection Error With %APPNAME% Server: "))
-                    + ErrorText + QStringLiteral(" (") + QString::number(code) + u')');
-    if (!Silent) {
+                    + ErrorText + QStringLiteral(" (") + QString::number(Code) + u')');
+    if (GreyCommands) {
         Global.Connected = false;
         emit ToolBarConnected(false);
     }
-    return false;
 }
 
 bool frmRemote::HTTPPut(const QString &URL, const QString &Body)
@@ -202,9 +207,13 @@ bool frmRemote::HTTPPut(const QString &URL, const QString &Body)
     const int code = Send(address, &body, 30);
     emit BusyPointer(false);
     if (code != 0) {
-        if (!Closing && code != ErrorInterrupted)
-            LogError(QStringLiteral("Remote.HTTPPut"), ErrorText + QStringLiteral(" (") + QString::number(code) + u')',
-                     code);
+        if (Closing || code == ErrorInterrupted)
+            return false;
+        // A server that answers, but not with 200, is as broken as one that is gone.
+        if (code == 401)
+            emit MessageBar(DDict().GetString(QStringLiteral("ACCESSDENIED"), QStringLiteral("Access Denied")));
+        else
+            ConnectionLost(code, true);
         return false;
     }
     if (ReplyText.contains(QStringLiteral("Error:"))) {
@@ -423,6 +432,12 @@ void frmRemote::Subscribe()
     m_pushReply = reply;
     AcceptAnyCertificate(reply);
     connect(reply, &QNetworkReply::readyRead, this, &frmRemote::ReceivePush);
+    connect(reply, &QNetworkReply::metaDataChanged, this, [this, reply] {
+        // The channel opened again on a server that the session had lost.
+        if (m_pushReply == reply && !Global.Connected && !Closing
+            && reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() == 200)
+            emit ChannelRestored();
+    });
     connect(reply, &QNetworkReply::finished, this, [this, reply] {
         if (m_pushReply == reply) {
             FlushPush();

@@ -133,6 +133,9 @@ public:
 
 signals:
     void MessageBar(const QString &Text);
+    // The push channel, re-opened by SubscribeTimer, reached the server
+    // again while the session was lost: the console may log on anew.
+    void ChannelRestored();
     void StatusText(const QString &Text);
     // Server commands enabled or greyed; Global.Connected is already set.
     void ToolBarConnected(bool Connected);
@@ -157,6 +160,9 @@ signals:
     void ScheduledMessageReceived(const QString &Body);
 
 private:
+    // A request found no server: the message bar says why, and with
+    // GreyCommands the server commands grey.
+    void ConnectionLost(int Code, bool GreyCommands);
     QNetworkRequest Request(const QString &Address) const;
     // One exchange on HTTPS; the result code.
     int Send(const QString &Address, const QByteArray *PostBody, int TimeOutSeconds);

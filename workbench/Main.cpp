@@ -1,5 +1,6 @@
 #include "Main.h"
 #include "frmClient.h"
+#include "VisualStyle.h"
 #include "frmStartServices.h"
 #include "foundation/GlobalBlock.h"
 #include "foundation/GlobalSettings.h"
@@ -74,6 +75,7 @@ int Main(QApplication &App)
     EventLog();
     LoadGlobalSettings();
 
+    VisualStyle::Stored().Apply(App);
     frmClient window(CommandLineServer(App.arguments()));
     window.show();
     return App.exec();

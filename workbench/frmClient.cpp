@@ -2,10 +2,12 @@
 #include "RibbonBar.h"
 #include "ServerCommand.h"
 #include "TaskDialog.h"
+#include "VisualStyle.h"
 #include "WindowDictionary.h"
 #include "frmExplorerBar.h"
 #include "frmList.h"
 #include "frmLogin.h"
+#include "frmOptions.h"
 #include "frmPopup.h"
 #include "frmService.h"
 #include "frmStartServices.h"
@@ -31,10 +33,14 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QStatusBar>
+#include <QTextDocument>
 #include <QToolButton>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -157,16 +163,6 @@ QWidget *frmClient::CreateCentre()
     return centre;
 }
 
-QStringList frmClient::Themes()
-{
-    return {QStringLiteral("Blue"), QStringLiteral("Black"), QStringLiteral("Silver"), QStringLiteral("Scenic")};
-}
-
-QStringList frmClient::FontSizes()
-{
-    return {QStringLiteral("System Default"), QStringLiteral("Normal"), QStringLiteral("Large"), QStringLiteral("Extra Large")};
-}
-
 QAction *frmClient::Command(int ID) const
 {
     return CommandBar->Command(ID);
@@ -268,7 +264,8 @@ void frmClient::CreateServiceTab()
     ServerCommands << ribbon.AddCommand(server, ID_CLEARSTORE, QStringLiteral("Clear Message Store"), QString(),
                                         QStyle::SP_DialogResetButton);
     QGroupBox *options = ribbon.AddGroup(tab, QStringLiteral("Options"));
-    ribbon.AddCommand(options, ID_OPTIONS, QStringLiteral("%APPNAME% Options"), QString(), QStyle::SP_FileDialogDetailedView);
+    ServerCommands << ribbon.AddCommand(options, ID_OPTIONS, QStringLiteral("%APPNAME% Options"), QString(),
+                                        QStyle::SP_FileDialogDetailedView);
     ribbon.AddCommand(options, ID_PRINT, QStringLiteral("Print"), QString(), QStyle::SP_DriveFDIcon);
     QGroupBox *look = ribbon.AddGroup(tab, QStringLiteral("View"));
     for (const auto &[id, caption, icon] : {std::tuple{ID_VIEWICONS, "Icons", QStyle::SP_FileDialogContentsView},
@@ -347,23 +344,24 @@ void frmClient::CreateSystemMenu()
     minimize->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_F1));
     add(menu, ID_EXPANDRIBBON, QStringLiteral("Expand the Ribbon"));
     menu->addSeparator();
+    const VisualStyle look = VisualStyle::Stored();
     QMenu *styles = menu->addMenu(QStringLiteral("Visual Styles"));
-    const QString theme = UserKey("Theme", Themes().first());
-    for (int i = 0; i < Themes().size(); ++i) {
-        QAction *choice = add(styles, ID_THEME + i, Themes()[i]);
+    const QStringList themes = VisualStyle::ThemeNames();
+    for (int i = 0; i < themes.size(); ++i) {
+        QAction *choice = add(styles, ID_THEME + i, themes[i]);
         choice->setCheckable(true);
-        choice->setChecked(Themes()[i] == theme);
+        choice->setChecked(VisualStyle::ThemeBlue + i == look.Theme);
     }
     QMenu *fonts = menu->addMenu(QStringLiteral("Font"));
-    const QString font = UserKey("FontSize", FontSizes().first());
-    for (int i = 0; i < FontSizes().size(); ++i) {
-        QAction *choice = add(fonts, ID_FONTSIZE + i, FontSizes()[i]);
+    const QStringList sizes = VisualStyle::FontSizeNames();
+    for (int i = 0; i < sizes.size(); ++i) {
+        QAction *choice = add(fonts, ID_FONTSIZE + i, sizes[i]);
         choice->setCheckable(true);
-        choice->setChecked(FontSizes()[i] == font);
+        choice->setChecked(VisualStyle::FontSystemDefault + i == look.FontSize);
     }
     QAction *rightToLeft = add(menu, ID_RIGHTTOLEFT, QStringLiteral("Right To Left"));
     rightToLeft->setCheckable(true);
-    rightToLeft->setChecked(UserKey("RightToLeft", QStringLiteral("false")) == QStringLiteral("true"));
+    rightToLeft->setChecked(look.RightToLeft);
     menu->addSeparator();
     add(menu, ID_HELP, QStringLiteral("Help"));
 
@@ -375,10 +373,33 @@ void frmClient::CreateSystemMenu()
     });
 }
 
-void frmClient::ChooseLook(const char *Key, const QString &Value)
+void frmClient::ChooseTheme(int Position)
 {
-    SaveUserKey(Key, Value);
+    for (int other = 0; other < VisualStyle::ThemeNames().size(); ++other)
+        Command(ID_THEME + other)->setChecked(other == Position);
+    VisualStyle look = VisualStyle::Stored();
+    look.Theme = VisualStyle::ThemeBlue + Position;
+    look.Store();
     QMessageBox::information(this, Global.AppTitle, DictText("RESTART", "Please restart the %APPNAME% Administrator"));
+}
+
+void frmClient::ChooseFontSize(int Position)
+{
+    for (int other = 0; other < VisualStyle::FontSizeNames().size(); ++other)
+        Command(ID_FONTSIZE + other)->setChecked(other == Position);
+    VisualStyle look = VisualStyle::Stored();
+    look.FontSize = VisualStyle::FontSystemDefault + Position;
+    look.Store();
+    QMessageBox::information(this, Global.AppTitle, DictText("RESTART", "Please restart the %APPNAME% Administrator"));
+}
+
+// The direction needs no restart: every window follows the application's.
+void frmClient::ChooseRightToLeft(bool RightToLeft)
+{
+    VisualStyle look = VisualStyle::Stored();
+    look.RightToLeft = RightToLeft;
+    look.Store();
+    QApplication::setLayoutDirection(RightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 void frmClient::ConnectCommands()
@@ -391,6 +412,7 @@ void frmClient::ConnectCommands()
         {ID_DELETE, [this] { DeleteSelected(); }},
         {ID_ENABLE, [this] { EnableSelected(true); }},
         {ID_DISABLE, [this] { EnableSelected(false); }},
+        {ID_RUNWITH, [this] { RunWith(); }},
         {ID_COPYTRIGGER, [this] { CopyTrigger(); }},
         {ID_PASTETRIGGER, [this] { PasteTrigger(); }},
         {ID_ADDUSER, [this] { ShowUser(nullptr); }},
@@ -410,12 +432,20 @@ void frmClient::ConnectCommands()
              Remote().HTTPGet(Requests::GetAccounts());
          }},
         {ID_CHECKNOW, [this] { CheckNow(); }},
+        {ID_PRINT, [this] { PrintList(); }},
+        {ID_OPTIONS, [this] {
+             frmOptions options(this);
+             options.exec();
+         }},
+        {ID_MAILSERVERLOG, [this] {
+             QDockWidget *pane = qobject_cast<QDockWidget *>(LogPaneMailServer->parentWidget());
+             pane->show();
+             pane->raise();
+         }},
         {ID_CLEARSTORE, [this] { ClearMessageStore(); }},
         {ID_MINIMIZERIBBON, [this] { CommandBar->SetMinimized(true); }},
         {ID_EXPANDRIBBON, [this] { CommandBar->SetMinimized(false); }},
-        {ID_RIGHTTOLEFT, [this] {
-             ChooseLook("RightToLeft", Command(ID_RIGHTTOLEFT)->isChecked() ? QStringLiteral("true") : QStringLiteral("false"));
-         }},
+        {ID_RIGHTTOLEFT, [this] { ChooseRightToLeft(Command(ID_RIGHTTOLEFT)->isChecked()); }},
     };
     for (auto handler = handlers.begin(); handler != handlers.end(); ++handler)
         connect(Command(handler.key()), &QAction::triggered, this, handler.value());
@@ -426,26 +456,56 @@ void frmClient::ConnectCommands()
         connect(Command(id), &QAction::triggered, this,
                 [url = site + QString::fromLatin1(page)] { QDesktopServices::openUrl(QUrl(url)); });
     }
-    for (int i = 0; i < Themes().size(); ++i)
-        connect(Command(ID_THEME + i), &QAction::triggered, this, [this, i] {
-            for (int other = 0; other < Themes().size(); ++other)
-                Command(ID_THEME + other)->setChecked(other == i);
-            ChooseLook("Theme", Themes()[i]);
-        });
-    for (int i = 0; i < FontSizes().size(); ++i)
-        connect(Command(ID_FONTSIZE + i), &QAction::triggered, this, [this, i] {
-            for (int other = 0; other < FontSizes().size(); ++other)
-                Command(ID_FONTSIZE + other)->setChecked(other == i);
-            ChooseLook("FontSize", FontSizes()[i]);
-        });
+    for (int i = 0; i < VisualStyle::ThemeNames().size(); ++i)
+        connect(Command(ID_THEME + i), &QAction::triggered, this, [this, i] { ChooseTheme(i); });
+    for (int i = 0; i < VisualStyle::FontSizeNames().size(); ++i)
+        connect(Command(ID_FONTSIZE + i), &QAction::triggered, this, [this, i] { ChooseFontSize(i); });
+    for (int id = ID_GETVIAEMAIL; id <= ID_ACCOUNTCANCEL; ++id)
+        connect(Command(id), &QAction::triggered, this, [this, id] { RunContextCommand(id); });
+    for (int id = ID_TRIGGERCONDITIONS; id <= ID_TRIGGERCANCEL; ++id)
+        connect(Command(id), &QAction::triggered, this, [this, id] { RunContextCommand(id); });
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { FollowFocus(now); });
     // The windows of these commands come with the message views, the
-    // dashboard, the mail server views, the options and the test run; until
-    // then they stay greyed.
-    for (int id : {ID_RUNWITH, ID_VIEWPROCESSED, ID_VIEWSCHEDULED, ID_VIEWMYMESSAGES, ID_VIEWDASHBOARD,
-                   ID_VIEWUSERMESSAGES, ID_PENDINGMESSAGES, ID_RECENTLYSENT, ID_RECENTLYFAILED, ID_MAILSERVERLOG,
-                   ID_POP3USERS, ID_IMAPUSERS, ID_OPTIONS, ID_PRINT})
+    // dashboard and the mail server's queue monitor; until then they stay
+    // greyed.
+    for (int id : {ID_VIEWPROCESSED, ID_VIEWSCHEDULED, ID_VIEWMYMESSAGES, ID_VIEWDASHBOARD,
+                   ID_VIEWUSERMESSAGES, ID_PENDINGMESSAGES, ID_RECENTLYSENT, ID_RECENTLYFAILED,
+                   ID_POP3USERS, ID_IMAPUSERS})
         Command(id)->setEnabled(false);
-    SelectionCommands.removeOne(Command(ID_RUNWITH));
+}
+
+void frmClient::FollowFocus(QWidget *Now)
+{
+    QWidget *window = Now ? Now->window() : nullptr;
+    if (!window)
+        return;
+    QWidget *tab = window->objectName() == QStringLiteral("frmTrigger")   ? TriggerSettingsTab
+                   : window->objectName() == QStringLiteral("frmAccount") ? AccountSettingsTab
+                                                                          : nullptr;
+    if (!tab)
+        return;
+    if (m_contextEditor != window) {
+        m_contextEditor = window;
+        connect(window, &QObject::destroyed, this, [this] {
+            // The pointer is cleared once the window has gone.
+            QTimer::singleShot(0, this, [this] {
+                if (!m_contextEditor)
+                    ShowContextualTab(nullptr);
+            });
+        });
+    }
+    ShowContextualTab(tab);
+}
+
+void frmClient::RunContextCommand(int ID)
+{
+    if (!m_contextEditor || !RunEditorCommand)
+        return;
+    if (ID >= ID_TRIGGERCONDITIONS && ID <= ID_NOTES) {
+        for (int page = ID_TRIGGERCONDITIONS; page <= ID_NOTES; ++page)
+            Command(page)->setChecked(page == ID);
+    }
+    RunEditorCommand(m_contextEditor, ID);
 }
 
 void frmClient::CreateNavigator()
@@ -614,6 +674,10 @@ void frmClient::ConnectRemote()
     connect(&remote, &frmRemote::RemoteLog, this,
             [this](frmRemote::LogPane pane, const QString &fragment) { LogPane(pane)->AddRemoteLog(fragment); });
     connect(&remote, &frmRemote::AccountsRefreshed, this, &frmClient::ScheduleRefresh);
+    connect(&remote, &frmRemote::ChannelRestored, this, [this] {
+        // Not inside the push handler: the log-on turns its own event loops.
+        QTimer::singleShot(0, this, &frmClient::Reconnect);
+    });
     connect(&remote, &frmRemote::PopupShown, this, &frmClient::ShowPopup);
 }
 
@@ -718,6 +782,7 @@ void frmClient::UpdateCommands()
     Command(ID_ENABLE)->setEnabled(connected && record);
     Command(ID_DISABLE)->setEnabled(connected && record);
     Command(ID_COPYTRIGGER)->setEnabled(connected && kind == u'T');
+    Command(ID_RUNWITH)->setEnabled(connected && kind == u'T' && MakeRunWithDialog);
     Command(ID_PASTETRIGGER)->setEnabled(connected && accountOpen && !CopiedTrigger.isEmpty());
     Command(ID_ADDUSER)->setEnabled(connected && MakeUserEditor);
     Command(ID_EDITUSER)->setEnabled(connected && kind == u'U' && MakeUserEditor);
@@ -870,6 +935,22 @@ void frmClient::EnableSelected(bool Enable)
     List->RefillList();
 }
 
+void frmClient::RunWith()
+{
+    const QString key = List->SelectedKey();
+    const QString accountID = List->CurrentAccountID;
+    // The sample message is kept on the trigger: the server's copy is the one to start from.
+    if (!MakeRunWithDialog || !key.startsWith(u'T') || !ServerCommand(Requests::GetTrigger(accountID, key.mid(1))))
+        return;
+    clsAccount *account = Accounts().Item(accountID);
+    clsAccountTrigger *trigger = account ? account->Triggers.Item(key.mid(1)) : nullptr;
+    if (!trigger)
+        return;
+    std::unique_ptr<QDialog> dialog(MakeRunWithDialog(trigger, this));
+    if (dialog)
+        dialog->exec();
+}
+
 void frmClient::CopyTrigger()
 {
     const QString key = List->SelectedKey();
@@ -906,6 +987,21 @@ void frmClient::PasteTrigger()
     List->FillTriggerList();
 }
 
+void frmClient::PrintList()
+{
+    QPrinter printer;
+    QPrintDialog dialog(&printer, this);
+    if (dialog.exec() == QDialog::Accepted)
+        PrintList(printer);
+}
+
+void frmClient::PrintList(QPrinter &Printer)
+{
+    QTextDocument document;
+    document.setHtml(List->PrintDocument());
+    document.print(&Printer);
+}
+
 void frmClient::CheckNow()
 {
     if (ShowTaskDialog(this, DictText("CHECKNOW1", "Check For New Messages Now?"),
@@ -935,6 +1031,26 @@ void frmClient::FirstConnect()
         ExplorerBar->ExplorerBarAccount();
     }
     UpdateCommands();
+}
+
+void frmClient::Reconnect()
+{
+    frmRemote &remote = Remote();
+    if (Global.Connected || remote.Closing)
+        return;
+    // Every request carries the credentials: a session reply is all it takes.
+    if (!remote.HTTPGet(Requests::GetSession(), 10, true) || remote.StatusCode != 200
+        || remote.ReplyText.startsWith(QStringLiteral("Error:")))
+        return;
+    DismissMessageBar();
+    ToolBarConnected(true);
+    // An open editor holds the records it edits: the collections are only
+    // replaced when none is open.
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    if (std::any_of(windows.begin(), windows.end(), [](const QWidget *window) { return IsEditor(window); }))
+        return;
+    if (remote.HTTPGet(Requests::GetUsers()) && remote.HTTPGet(Requests::GetAccounts()))
+        FirstConnect();
 }
 
 void frmClient::RefreshServiceState()

@@ -3,6 +3,7 @@
 
 #include <QList>
 #include <QMainWindow>
+#include <QPointer>
 #include <QTimer>
 #include <functional>
 
@@ -12,6 +13,7 @@ class QDockWidget;
 class QFrame;
 class QLabel;
 class QMenu;
+class QPrinter;
 class RibbonBar;
 class clsAccount;
 class clsAccountTrigger;
@@ -50,11 +52,9 @@ public:
         ID_ADDFIELD, ID_EDITFIELD, ID_ADDLOOKUPFIELD, ID_DELETEFIELD, ID_FIELDUP, ID_FIELDDOWN, ID_EDITACTION,
         ID_DELETEACTION, ID_ACTIONUP, ID_ACTIONDOWN, ID_TRIGGERSAVE, ID_TRIGGERCANCEL,
         ID_MINIMIZERIBBON = 500, ID_EXPANDRIBBON, ID_RIGHTTOLEFT, ID_HELP, ID_DEPLOYTO,
-        ID_THEME = 510,     // + the position in Themes()
-        ID_FONTSIZE = 520,  // + the position in FontSizes()
+        ID_THEME = 510,     // + the position in VisualStyle::ThemeNames()
+        ID_FONTSIZE = 520,  // + the position in VisualStyle::FontSizeNames()
     };
-    static QStringList Themes();
-    static QStringList FontSizes();
 
     // How the editors of accounts, triggers and users are made; a window
     // family registers its maker when it exists. The window is named
@@ -65,6 +65,11 @@ public:
     static inline std::function<QWidget *(clsUser *User)> MakeUserEditor;
     // The deployment dialog of an account, run modal by "Deploy To".
     static inline std::function<QDialog *(const QString &AccountID, QWidget *Parent)> MakeDeployDialog;
+    // The test run dialog of a trigger, run modal by "Run With".
+    static inline std::function<QDialog *(clsAccountTrigger *Trigger, QWidget *Parent)> MakeRunWithDialog;
+    // Runs a command of a contextual tab on the editor window that showed
+    // the tab last.
+    static inline std::function<void(QWidget *Editor, int ID)> RunEditorCommand;
 
     // CommandLineServer goes to the login dialog.
     explicit frmClient(const QString &CommandLineServer = QString(), QWidget *parent = nullptr);
@@ -100,6 +105,8 @@ public:
     void ToolBarConnected(bool Connected);
     // Shows the contextual tab of an editor (nullptr hides both).
     void ShowContextualTab(QWidget *Tab);
+    // The editor window whose contextual tab shows; nullptr when none.
+    QWidget *ContextEditor() const { return m_contextEditor; }
     // Enables the selection commands by what the list has selected.
     void UpdateCommands();
     // Raises an open editor of the record, or fetches it and opens one.
@@ -110,13 +117,22 @@ public:
     void OpenKey(const QString &Key);
     void AddTrigger();
     void EnableSelected(bool Enable);
+    // The test run of the selected trigger.
+    void RunWith();
     void CopyTrigger();
     void PasteTrigger();
     void CheckNow();
+    // Prints the item list as it shows, after the print dialog.
+    void PrintList();
+    void PrintList(QPrinter &Printer);
     void ClearMessageStore();
     void DeleteSelected();
     // After the log-on: the navigator rebuilt and the first account opened.
     void FirstConnect();
+    // The server is back after the session was lost: the session is checked
+    // with the same credentials, the commands come back and, with no editor
+    // open, the navigator is rebuilt from fresh collections.
+    void Reconnect();
     void RefreshStatistics();
     // The status panel's service text from Global.ServiceState.
     void RefreshServiceState();
@@ -151,8 +167,13 @@ private:
     void ConnectCommands();
     void CreateNavigator();
     void ShowListMenu(const QPoint &Position);
-    // Stores a theme or font choice and asks for a restart.
-    void ChooseLook(const char *Key, const QString &Value);
+    // An editor window that takes the focus shows its contextual tab.
+    void FollowFocus(QWidget *Now);
+    void RunContextCommand(int ID);
+    // A theme or font size is stored and shows after a restart.
+    void ChooseTheme(int Position);
+    void ChooseFontSize(int Position);
+    void ChooseRightToLeft(bool RightToLeft);
     void CreateStatusBar();
     QWidget *CreateCentre();
     void ConnectRemote();
@@ -178,4 +199,5 @@ private:
     QLabel *m_statTriggers = nullptr;
     QLabel *m_statEdgeQueue = nullptr;
     bool m_refreshPending = false;
+    QPointer<QWidget> m_contextEditor;
 };

@@ -483,3 +483,20 @@ void frmList::ComposeToolTip(const QString &Key)
             Model.setData(Model.index(row, column), tip, Qt::ToolTipRole);
     }
 }
+
+QString frmList::PrintDocument() const
+{
+    QString html = QStringLiteral("<h3>") + lblTitle->text().toHtmlEscaped()
+                   + QStringLiteral("</h3><table border=\"1\" cellspacing=\"0\" cellpadding=\"3\" width=\"100%\"><tr>");
+    for (int column = 0; column < Model.columnCount(); ++column)
+        html += QStringLiteral("<th align=\"left\">") + Model.headerData(column, Qt::Horizontal).toString().toHtmlEscaped()
+                + QStringLiteral("</th>");
+    html += QStringLiteral("</tr>");
+    for (int row = 0; row < Model.rowCount(); ++row) {
+        html += QStringLiteral("<tr>");
+        for (int column = 0; column < Model.columnCount(); ++column)
+            html += QStringLiteral("<td>") + CellText(row, column).toHtmlEscaped() + QStringLiteral("</td>");
+        html += QStringLiteral("</tr>");
+    }
+    return html + QStringLiteral("</table><p>") + lblFooter->text().toHtmlEscaped() + QStringLiteral("</p>");
+}

@@ -59,6 +59,9 @@ public:
     QString SelectedKey() const;
     // The text of a cell, by row and column, as shown.
     QString CellText(int Row, int Column) const;
+    // What Print prints: the title, the columns and rows as shown, and the
+    // footer, as rich text.
+    QString PrintDocument() const;
 
     // The one-line conditions cell of a trigger: sender, date, importance and
     // words, its condition lines and its fields, as text and as markup.

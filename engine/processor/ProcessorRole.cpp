@@ -68,7 +68,7 @@ void ProcessorRole::Run(int ThreadNumber)
             Housekeeping(thread);
         const int taken = ProcessBatch(thread);
         Role.LogKeptErrors();
-        if (taken == 0)
+        if (taken == 0 && !thread.Configuration.Changed())
             Role.Idle(IdleMilliseconds);
     }
     ReplaceCurrentMessage(nullptr);
@@ -82,6 +82,15 @@ int ProcessorRole::ProcessBatch(Worker &Thread)
         clsMessage &message = CurrentMessage();
         if (!Thread.Store.GetEdgeQueue(message))
             break;
+        if (Thread.Configuration.Changed()) {
+            // The message may have been queued for what was just saved (a
+            // test run of a changed trigger): it waits for the next batch,
+            // which reads the configuration anew. The batch in hand keeps
+            // the copy its messages point into.
+            Thread.Store.ReturnEdgeQueueRecords({message.EdgeQueueRecordNo});
+            ReplaceCurrentMessage(nullptr);
+            break;
+        }
         Thread.Rows << message.EdgeQueueRecordNo;
         if (message.NewMessage)
             Thread.Processor.Process(message);

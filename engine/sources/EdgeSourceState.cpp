@@ -50,6 +50,12 @@ void EdgeSourceState::Load()
         dates.Pop3FromConfiguration = Date(file.value(QStringLiteral("ServerLastEmailConfigured")));
         dates.Pop3LastMessageNoChecked = file.value(QStringLiteral("ServerLastMessageNoChecked")).toInt();
         dates.ImapUidValidity = file.value(QStringLiteral("IMAPUIDValidity")).toUInt();
+        dates.RssLastMessage = Date(file.value(QStringLiteral("RSSLastMessage")));
+        dates.RssFromConfiguration = Date(file.value(QStringLiteral("RSSLastMessageConfigured")));
+        dates.CsvLastStatus = file.value(QStringLiteral("CSVPickupLastStatus")).toString();
+        dates.HttpLastMessage = Date(file.value(QStringLiteral("HTTPLastMessage")));
+        dates.HttpLastContentHash = file.value(QStringLiteral("HTTPLastContentHash")).toString();
+        dates.HttpMessages = file.value(QStringLiteral("HTTPMessages")).toInt();
         file.endGroup();
         m_accounts.insert(id, dates);
     }
@@ -67,6 +73,12 @@ void EdgeSourceState::Save(const QString &AccountID)
     file.setValue(QStringLiteral("ServerLastEmailConfigured"), Text(dates.Pop3FromConfiguration));
     file.setValue(QStringLiteral("ServerLastMessageNoChecked"), dates.Pop3LastMessageNoChecked);
     file.setValue(QStringLiteral("IMAPUIDValidity"), dates.ImapUidValidity);
+    file.setValue(QStringLiteral("RSSLastMessage"), Text(dates.RssLastMessage));
+    file.setValue(QStringLiteral("RSSLastMessageConfigured"), Text(dates.RssFromConfiguration));
+    file.setValue(QStringLiteral("CSVPickupLastStatus"), dates.CsvLastStatus);
+    file.setValue(QStringLiteral("HTTPLastMessage"), Text(dates.HttpLastMessage));
+    file.setValue(QStringLiteral("HTTPLastContentHash"), dates.HttpLastContentHash);
+    file.setValue(QStringLiteral("HTTPMessages"), dates.HttpMessages);
     file.endGroup();
 }
 
@@ -86,11 +98,20 @@ void EdgeSourceState::ApplyTo(clsAccount &Account)
     if (rewound)
         dates.Pop3LastMessageNoChecked = 0;
     Account.ServerLastMessageNoChecked = dates.Pop3LastMessageNoChecked;
+    Account.RSSLastMessage = Settle(Account.RSSLastMessage, dates.RssLastMessage, dates.RssFromConfiguration, rewound);
+    dates.RssLastMessage = Account.RSSLastMessage;
+    if (!dates.CsvLastStatus.isEmpty())
+        Account.CSVPickupLastStatus = dates.CsvLastStatus;
+    if (dates.HttpLastMessage.isValid())
+        Account.HTTPLastMessage = dates.HttpLastMessage;
 }
 
 void EdgeSourceState::ApplyTo(SourceAccount &Source) const
 {
-    Source.ImapUidValidity = m_accounts.value(Source.AccountID).ImapUidValidity;
+    const Dates dates = m_accounts.value(Source.AccountID);
+    Source.ImapUidValidity = dates.ImapUidValidity;
+    Source.HTTPLastContentHash = dates.HttpLastContentHash;
+    Source.HTTPMessages = dates.HttpMessages;
 }
 
 void EdgeSourceState::Checked(const clsAccount &Account, const QDateTime &Stamp)
@@ -101,6 +122,8 @@ void EdgeSourceState::Checked(const clsAccount &Account, const QDateTime &Stamp)
         dates.ImapFromConfiguration = Account.IMAPLastEmail;
     if (!dates.Pop3FromConfiguration.isValid())
         dates.Pop3FromConfiguration = Account.ServerLastEmail;
+    if (!dates.RssFromConfiguration.isValid())
+        dates.RssFromConfiguration = Account.RSSLastMessage;
     Save(Account.AccountID);
 }
 
@@ -111,5 +134,10 @@ void EdgeSourceState::Read(const SourceAccount &Source)
     dates.Pop3LastEmail = Source.Pop3LastEmail;
     dates.Pop3LastMessageNoChecked = Source.Pop3LastMessageNoChecked;
     dates.ImapUidValidity = Source.ImapUidValidity;
+    dates.RssLastMessage = Source.RSSLastMessage;
+    dates.CsvLastStatus = Source.CSVPickupLastStatus;
+    dates.HttpLastMessage = Source.HTTPLastMessage;
+    dates.HttpLastContentHash = Source.HTTPLastContentHash;
+    dates.HttpMessages = Source.HTTPMessages;
     Save(Source.AccountID);
 }

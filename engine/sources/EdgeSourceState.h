@@ -8,7 +8,8 @@ struct SourceAccount;
 
 // What the edge keeps of each account between reads and across restarts, in
 // "EdgeSources.ini" of the data folder: when it was last checked, the newest
-// message dates of its sources and the POP3 position. The configuration has
+// message dates of its sources, the POP3 position, the last CSV pickup's
+// status and what the last HTTP lookup returned. The configuration has
 // the same dates; a date there that differs from the one this state last
 // took from it was set on purpose (a widened trigger rewinds the sources)
 // and wins over the state's.
@@ -37,6 +38,11 @@ private:
         QDateTime Pop3LastEmail, Pop3FromConfiguration;
         int Pop3LastMessageNoChecked = 0;
         quint32 ImapUidValidity = 0;
+        QDateTime RssLastMessage, RssFromConfiguration;
+        QString CsvLastStatus;
+        QDateTime HttpLastMessage;
+        QString HttpLastContentHash;
+        int HttpMessages = 0;
     };
 
     void Save(const QString &AccountID);

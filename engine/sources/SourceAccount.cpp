@@ -64,6 +64,34 @@ SourceAccount SourceAccount::From(clsAccount &Account)
     source.FilePickupFolder = Account.FilePickupFolder.trimmed();
     source.FilePickUpMask = Account.FilePickUpMask.trimmed();
     source.FilePickupDontDelete = Account.FilePickupDontDelete;
+
+    source.CSVPickupFolder = Account.CSVPickupFolder.trimmed();
+    source.CSVPickupMask = Account.CSVPickupMask.trimmed();
+    source.CSVPickupDelete = Account.CSVPickupDelete;
+    source.CSVPickupWorkSheet = Account.CSVPickupWorkSheet.trimmed();
+    source.CSVPickupHeaderRow = Account.CSVPickupHeaderRow;
+    source.CSVPickupLastStatus = Account.CSVPickupLastStatus;
+
+    source.DBConnection = Account.DBConnection;
+    source.DBSQL = Account.DBSQL;
+    source.DBUIDField = Account.DBUIDField.trimmed();
+    source.DBMSGBody = Account.DBMSGBody;
+    source.DBMSGField = Account.DBMSGField.trimmed();
+    source.DBDelete = Account.DBDelete;
+    source.DBUpdateField = Account.DBUpdateField.trimmed();
+    source.DBUpdateValue = Account.DBUpdateValue;
+
+    source.HTTPUrl = Account.HTTPUrl.trimmed();
+    source.HTTPFollow = Account.HTTPFollow;
+    source.HTTPUser = Account.HTTPUser;
+    source.HTTPPass = Account.HTTPPass;
+    source.HTTPLogin = Account.HTTPLogin;
+    source.HTTPClean = Account.HTTPClean;
+    source.HTTPFail = Account.HTTPFail;
+    source.HTTPLastMessage = Account.HTTPLastMessage;
+
+    source.RSSUrl = Account.RSSUrl.trimmed();
+    source.RSSLastMessage = Account.RSSLastMessage;
     return source;
 }
 
@@ -72,4 +100,7 @@ void SourceAccount::ApplyTo(clsAccount &Account) const
     Account.ServerLastEmail = Pop3LastEmail;
     Account.ServerLastMessageNoChecked = Pop3LastMessageNoChecked;
     Account.IMAPLastEmail = ImapLastEmail;
+    Account.CSVPickupLastStatus = CSVPickupLastStatus;
+    Account.HTTPLastMessage = HTTPLastMessage;
+    Account.RSSLastMessage = RSSLastMessage;
 }

@@ -59,6 +59,41 @@ struct SourceAccount
     QString FilePickUpMask;
     bool FilePickupDontDelete = false;
 
+    QString CSVPickupFolder;
+    QString CSVPickupMask;
+    bool CSVPickupDelete = false;
+    QString CSVPickupWorkSheet;
+    int CSVPickupHeaderRow = 0; // 0: the first row that is not blank
+    QString CSVPickupLastStatus;
+
+    QString DBConnection;
+    QString DBSQL;
+    QString DBUIDField;
+    bool DBMSGBody = false;
+    QString DBMSGField;
+    bool DBDelete = false;
+    QString DBUpdateField;
+    QString DBUpdateValue;
+
+    QString HTTPUrl;
+    bool HTTPFollow = true;
+    QString HTTPUser;
+    QString HTTPPass;
+    int HTTPLogin = 0; // 0 none, 1 Basic, 2 Digest
+    bool HTTPClean = true;
+    bool HTTPFail = false;
+    QDateTime HTTPLastMessage;
+    // What the last lookup returned (a hash of it), and how many messages the
+    // lookups have made so far: the next one's identity.
+    QString HTTPLastContentHash;
+    int HTTPMessages = 0;
+
+    QString RSSUrl;
+    QDateTime RSSLastMessage;
+
+    // The longest wait for a database, a web server or a feed.
+    int TimeoutSeconds = 30;
+
     // The settings and state of the account. The certificate of a mail
     // server is accepted unchecked when the account's persisted variable
     // "AcceptAnyCertificate" is "Y"; CAFile is the data folder's

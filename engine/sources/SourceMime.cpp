@@ -1,5 +1,7 @@
 #include "SourceMime.h"
 
+#include <QLocale>
+
 namespace
 {
 // A header line: a name of printable characters without blanks, then ":".
@@ -79,4 +81,44 @@ QDateTime SourceMime::DateHeader(const QByteArray &Raw)
     if (comment > 0)
         value = value.left(comment).trimmed();
     return QDateTime::fromString(value, Qt::RFC2822Date);
+}
+
+bool SourceMime::IsMessage(const QByteArray &Raw)
+{
+    return StartsWithHeader(Raw)
+        && (!HeaderValue(Raw, "From").isEmpty() || !HeaderValue(Raw, "Subject").isEmpty()
+            || !HeaderValue(Raw, "Date").isEmpty());
+}
+
+QByteArray SourceMime::Compose(const QString &Subject, const QString &Body, const QDateTime &Date, bool Html)
+{
+    const QString oneLine = QString(Subject).replace(u'\r', u' ').replace(u'\n', u' ').simplified();
+    bool ascii = true;
+    for (const QChar c : oneLine)
+        ascii = ascii && c.unicode() < 128;
+    const QByteArray subject = ascii ? oneLine.toLatin1() : "=?utf-8?B?" + oneLine.toUtf8().toBase64() + "?=";
+    const QDateTime when = (Date.isValid() ? Date : QDateTime::currentDateTime()).toUTC();
+    QByteArray text;
+    text += "Date: " + QLocale::c().toString(when, QStringLiteral("ddd, dd MMM yyyy HH:mm:ss")).toLatin1() + " +0000\r\n";
+    text += "Subject: " + subject + "\r\n";
+    text += "MIME-Version: 1.0\r\n";
+    text += Html ? "Content-Type: text/html; charset=utf-8\r\n" : "Content-Type: text/plain; charset=utf-8\r\n";
+    text += "Content-Transfer-Encoding: 8bit\r\n\r\n";
+    QString body = Body;
+    body.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n').replace(u'\n', QStringLiteral("\r\n"));
+    text += body.toUtf8();
+    if (!text.endsWith("\r\n"))
+        text += "\r\n";
+    return text;
+}
+
+QString SourceMime::NamedValues(const QStringList &Names, const QStringList &Values)
+{
+    QString body;
+    for (qsizetype i = 0; i < Values.size(); ++i) {
+        const QString name = i < Names.size() && !Names.at(i).trimmed().isEmpty() ? Names.at(i).trimmed()
+                                                                                  : QStringLiteral("Column%1").arg(i + 1);
+        body += name + QStringLiteral(": ") + Values.at(i) + QStringLiteral("\r\n");
+    }
+    return body;
 }

@@ -2,6 +2,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 // The MIME text a source message enters the edge queue with: the process
 // headers that tell the processor whose it is ("Postvane-AccountID",
@@ -16,4 +17,14 @@ QByteArray WithProcessHeaders(const QByteArray &Raw, const QString &AccountID, c
 QByteArray HeaderValue(const QByteArray &Raw, const QByteArray &Name);
 // The message's "Date:" header; invalid when it has none that reads.
 QDateTime DateHeader(const QByteArray &Raw);
+// True when the text is a whole message: a head with a "From:", "Subject:"
+// or "Date:" header, rather than words that happen to begin with "Name:".
+bool IsMessage(const QByteArray &Raw);
+// A message made for a source that gives values rather than mail: "Date:",
+// "Subject:" (encoded when it is not ASCII) and a UTF-8 body, plain text or
+// HTML.
+QByteArray Compose(const QString &Subject, const QString &Body, const QDateTime &Date, bool Html = false);
+// A body of named values, "Name: value" a line, in the order given; a name
+// missing at the end of Names is "Column" and the value's position.
+QString NamedValues(const QStringList &Names, const QStringList &Values);
 }

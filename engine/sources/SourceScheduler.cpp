@@ -1,11 +1,17 @@
 #include "SourceScheduler.h"
 
 #include "AutoRunReader.h"
+#include "CSVPickupReader.h"
+#include "DatabasePullReader.h"
 #include "EdgeQueueSink.h"
+#include "FeedReader.h"
 #include "FilePickupReader.h"
+#include "HttpFetch.h"
+#include "HttpLookupReader.h"
 #include "ImapReader.h"
 #include "Pop3Reader.h"
 #include "engine/EdgeRole.h"
+#include "engine/databases/ConnectionString.h"
 #include "engine/RoleLog.h"
 #include "foundation/Startup.h"
 #include "model/GlobalCollections.h"
@@ -43,6 +49,14 @@ QString Where(const SourceReader &Reader, const SourceAccount &Account)
         return QStringLiteral("POP3 ") + Account.Pop3.Where();
     if (Reader.Source() == QStringLiteral("FILE"))
         return QStringLiteral("file pickup ") + Account.FilePickupFolder;
+    if (Reader.Source() == QStringLiteral("CSV"))
+        return QStringLiteral("CSV and Excel pickup ") + Account.CSVPickupFolder;
+    if (Reader.Source() == QStringLiteral("DB"))
+        return QStringLiteral("database pull ") + ConnectionString::Masked(Account.DBConnection);
+    if (Reader.Source() == QStringLiteral("HTTP"))
+        return QStringLiteral("HTTP lookup ") + HttpFetch::Displayed(Account.HTTPUrl);
+    if (Reader.Source() == QStringLiteral("RSS"))
+        return QStringLiteral("feed ") + HttpFetch::Displayed(Account.RSSUrl);
     return QStringLiteral("auto run");
 }
 }
@@ -95,14 +109,6 @@ QStringList SourceScheduler::Unavailable(const clsAccount &Account)
         kinds << QStringLiteral("Exchange (EWS)");
     if (Account.TwitterFeed)
         kinds << QStringLiteral("Twitter feed");
-    if (Account.CSVPickUp)
-        kinds << QStringLiteral("CSV and Excel pickup");
-    if (Account.DBPull)
-        kinds << QStringLiteral("database pull");
-    if (Account.HTTP)
-        kinds << QStringLiteral("HTTP lookup");
-    if (Account.RSS)
-        kinds << QStringLiteral("RSS and Atom feed");
     return kinds;
 }
 
@@ -170,6 +176,17 @@ void SourceScheduler::Start(clsAccount &Account)
             files->QuietMilliseconds = FileQuietMilliseconds;
             readers.push_back(files);
         }
+        if (Account.CSVPickUp) {
+            auto sheets = std::make_shared<CSVPickupReader>();
+            sheets->QuietMilliseconds = FileQuietMilliseconds;
+            readers.push_back(sheets);
+        }
+        if (Account.DBPull)
+            readers.push_back(std::make_shared<DatabasePullReader>());
+        if (Account.HTTP)
+            readers.push_back(std::make_shared<HttpLookupReader>());
+        if (Account.RSS)
+            readers.push_back(std::make_shared<FeedReader>());
     }
     if (readers.empty())
         return;
@@ -181,6 +198,7 @@ void SourceScheduler::Start(clsAccount &Account)
     m_state.ApplyTo(source);
     source.Imap.TimeoutSeconds = TimeoutSeconds;
     source.Pop3.TimeoutSeconds = TimeoutSeconds;
+    source.TimeoutSeconds = TimeoutSeconds;
     m_pool.start([this, source, readers]() mutable {
         DeferredErrors kept;
         {

@@ -46,7 +46,7 @@ public:
     std::function<void()> ReadEnded;
     // Milliseconds a file must rest before the file pickup takes it.
     int FileQuietMilliseconds = 2000;
-    // The longest wait for a mail server's answer.
+    // The longest wait for a mail server's, a database's or a web server's answer.
     int TimeoutSeconds = 30;
 
 private:

@@ -6,7 +6,10 @@
 #include "store/StoreFixture.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QTest>
+
+#include <atomic>
 
 using namespace Qt::StringLiterals;
 
@@ -69,6 +72,35 @@ private slots:
                     .match(QString::fromUtf8(text))
                     .hasMatch());
         QVERIFY(text.endsWith(" Message Processor stopped\r\n"));
+    }
+
+    void aMessageTakenAfterAChangeIsRunAgainstTheChangedConfiguration()
+    {
+        StoreFixture f;
+        QVERIFY(f.Store.OpenMessageStore());
+        QVERIFY(f.Store.AddEMLToEdgeQueue(u"A1"_s, u"TEST"_s, u"t1"_s, QDateTime::currentDateTime(),
+                                          u"Postvane-UID: t1\r\nSubject: hello\r\n\r\nbody"_s)
+                > 0);
+        // The first reading knows no account A1; a change (the account
+        // saved) lands right after it, before the queued message is taken.
+        std::atomic<int> readings = 0;
+        const ConfigurationCopy::Loader load = [&readings] {
+            return [&readings] {
+                if (readings++ == 0) {
+                    Accounts().setXML(u"<Accounts><Account><AccountID>OTHER</AccountID></Account></Accounts>"_s);
+                    CountConfigurationChange();
+                } else {
+                    Accounts().setXML(u"<Accounts><Account><AccountID>A1</AccountID></Account></Accounts>"_s);
+                }
+                return true;
+            };
+        };
+        ProcessorRole role(load, 1);
+        role.Role.Start();
+        QVERIFY(QTest::qWaitFor([&] { return f.Count(u"MessageStore"_s) == 1; }, 10000));
+        role.Role.Stop();
+        QCOMPARE(f.Count(u"MessageStore"_s, u"AccountID='A1'"_s), 1);
+        QCOMPARE(f.Store.GetEdgeQueueCount(), 0);
     }
 
     void archivingDeletesOnlyOldMessagesOfArchivingAccounts()

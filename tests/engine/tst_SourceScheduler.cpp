@@ -145,6 +145,44 @@ private slots:
         QVERIFY(!text.contains(QStringLiteral("S3cretWord")));
     }
 
+    void aFileThatIsNotCSVIsNamedInTheLogAndTheStatusIsKept()
+    {
+        StoreFixture f;
+        QVERIFY(f.Store.OpenMessageStore());
+        RoleLog log(QStringLiteral("Edge.LOG"), QStringLiteral("Edge Server"));
+        QTemporaryDir pickup;
+        QFile good(QDir(pickup.path()).filePath(QStringLiteral("good.csv")));
+        good.open(QIODevice::WriteOnly);
+        good.write("Name,Qty\r\npears,3\r\n");
+        good.close();
+        QFile bad(QDir(pickup.path()).filePath(QStringLiteral("bad.csv")));
+        bad.open(QIODevice::WriteOnly);
+        bad.write(QByteArray("PK\x03\x04\0\0\x14\0", 8));
+        bad.close();
+        auto account = std::make_unique<clsAccount>();
+        account->AccountID = QStringLiteral("CSV");
+        account->Name = QStringLiteral("Sheets");
+        account->LastChecked = QDateTime(QDate(2000, 1, 1), QTime(0, 0));
+        account->CSVPickUp = true;
+        account->CSVPickupFolder = pickup.path();
+        account->CSVPickupMask = QStringLiteral("*.csv");
+        clsAccount *sheets = Accounts().Add(std::move(account));
+
+        Scheduler(log)->Run();
+        QCOMPARE(Queued(f, QStringLiteral("CSV")), 1);
+        const QString text = LogText(log);
+        QVERIFY2(text.contains(QStringLiteral("* Account Sheets: CSV and Excel pickup ") + pickup.path()
+                               + QStringLiteral(", 1 new message, failed: \"bad.csv\" is not a CSV file: it holds binary data, not text")),
+                 qPrintable(text));
+        QVERIFY(QFile::exists(bad.fileName()));
+
+        // The status the read left is the account's after a restart.
+        sheets->CSVPickupLastStatus.clear();
+        Scheduler(log)->Run();
+        QVERIFY2(sheets->CSVPickupLastStatus.endsWith(QStringLiteral("\"bad.csv\" is not a CSV file: it holds binary data, not text")),
+                 qPrintable(sheets->CSVPickupLastStatus));
+    }
+
     void sourcesNotAvailableHereSayISoAtEachCheck()
     {
         StoreFixture f;

@@ -7,6 +7,7 @@
 
 
 #include <QFile>
+#include <QTemporaryDir>
 #include <QSet>
 #include <QtTest>
 
@@ -40,9 +41,10 @@ class tst_SourcesEndToEnd : public QObject
     }
 
     // The subjects of the account's messages in the message store.
-    QStringList StoredSubjects()
+    QStringList StoredSubjects(const QString &AccountID = QStringLiteral("E2E1"))
     {
-        const HttpReply reply = m_server.Get(QStringLiteral("getmessages.xml?accountid=E2E1&fromrow=1&torow=1000000"));
+        const HttpReply reply = m_server.Get(QStringLiteral("getmessages.xml?accountid=") + AccountID
+                                             + QStringLiteral("&fromrow=1&torow=1000000"));
         QStringList subjects;
         for (const QString &line : reply.Text().split(u'\n', Qt::SkipEmptyParts))
             subjects << line.split(u'\t').value(5);
@@ -121,6 +123,39 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(m_dovecot.Count(), 0, 20000);
         QTest::qWait(1000);
         QCOMPARE(StoredSubjects().size(), 20 + Count);
+    }
+
+    void csvRowsArriveInTheStoreOnce()
+    {
+        QTemporaryDir pickup;
+        QFile sheet(pickup.filePath(QStringLiteral("orders.csv")));
+        QVERIFY(sheet.open(QIODevice::WriteOnly));
+        sheet.write("Order;Customer\r\n1;Ann\r\n2;Bob\r\n");
+        sheet.flush();
+        sheet.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
+        sheet.close();
+        clsAccount account;
+        account.AccountID = QStringLiteral("E2E2");
+        account.OrganizationID.clear();
+        account.Name = QStringLiteral("Sheets");
+        account.SCHEDULE = QStringLiteral("01440|YYYYYYY");
+        account.CSVPickUp = true;
+        account.CSVPickupFolder = pickup.path();
+        account.CSVPickupMask = QStringLiteral("*.csv");
+        account.CSVPickupDelete = true;
+        QCOMPARE(m_server.Post(QStringLiteral("postaccount.htm?accountid=E2E2"), account.XML().toUtf8()).Text(),
+                 QStringLiteral("OK"));
+        QCOMPARE(m_server.Get(QStringLiteral("checknow.xml")).Text(), QStringLiteral("OK"));
+        QDeadlineTimer deadline(20000);
+        while (!deadline.hasExpired() && StoredSubjects(QStringLiteral("E2E2")).size() < 2)
+            QTest::qWait(200);
+        QStringList subjects = StoredSubjects(QStringLiteral("E2E2"));
+        subjects.sort();
+        QCOMPARE(subjects, QStringList({QStringLiteral("orders.csv row 2"), QStringLiteral("orders.csv row 3")}));
+        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(sheet.fileName()), 10000);
+        QVERIFY2(EdgeLog().contains(QStringLiteral("Account Sheets: CSV and Excel pickup ") + pickup.path()
+                                    + QStringLiteral(", 2 new messages")),
+                 qPrintable(EdgeLog().right(2000)));
     }
 
     void cleanupTestCase() { m_server.Stop(); }

@@ -6,11 +6,17 @@
 #include "workbench/frmClient.h"
 #include "workbench/frmExplorerBar.h"
 #include "workbench/frmList.h"
+#include "workbench/frmService.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
+#include <QDockWidget>
+#include <QFileInfo>
+#include <QPrinter>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTextDocument>
 #include <QTreeView>
 
 using namespace ShellFixture;
@@ -261,6 +267,35 @@ private slots:
             QVERIFY(!client->Command(id)->isEnabled());
         client->ToolBarConnected(true);
         QVERIFY(client->Command(frmClient::ID_DELETE)->isEnabled());
+    }
+
+    void printedListShowsNamesAsTyped()
+    {
+        Trigger(frmClient::ID_UPLEVEL);
+        QTextDocument document;
+        document.setHtml(List().PrintDocument());
+        const QString printed = document.toPlainText();
+        QVERIFY2(printed.startsWith(QStringLiteral("Accounts\n")), qPrintable(printed));
+        QVERIFY(printed.contains(QStringLiteral("<Tom & 'Jerry' \"Co\">")));
+        QVERIFY(printed.contains(QStringLiteral("DBPULL: Driver=SQLite3;Database=/tmp/x.db")));
+        QVERIFY(printed.contains(QStringLiteral("Beta & Co")));
+        QVERIFY(printed.trimmed().endsWith(List().lblFooter->text()));
+
+        QTemporaryDir folder;
+        QPrinter printer;
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(folder.filePath(QStringLiteral("list.pdf")));
+        client->PrintList(printer);
+        QVERIFY(QFileInfo(printer.outputFileName()).size() > 1000);
+    }
+
+    void mailServerLogShowsItsPane()
+    {
+        auto *pane = qobject_cast<QDockWidget *>(client->LogPaneMailServer->parentWidget());
+        QVERIFY(client->Command(frmClient::ID_MAILSERVERLOG)->isEnabled());
+        QVERIFY(pane->visibleRegion().isEmpty()); // behind the first pane's tab
+        Trigger(frmClient::ID_MAILSERVERLOG);
+        QTRY_VERIFY(!pane->visibleRegion().isEmpty());
     }
 };
 
