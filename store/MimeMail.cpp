@@ -417,6 +417,9 @@ void MimeMail::AddAttachment(const QString &Name, const QByteArray &Data, const 
 {
     const QString type = ContentType.trimmed().isEmpty() ? QStringLiteral("application/octet-stream") : ContentType;
     Owned<GMimePart> part(NewPart(Data, type));
+    // An attached file arrives byte for byte: a 7bit or quoted-printable part
+    // would have its line ends made CRLF when the message is written.
+    g_mime_part_set_content_encoding(part.get(), GMIME_CONTENT_ENCODING_BASE64);
     g_mime_object_set_disposition(GMIME_OBJECT(part.get()), GMIME_DISPOSITION_ATTACHMENT);
     if (!Name.trimmed().isEmpty())
         g_mime_part_set_filename(part.get(), HeaderText(Name.trimmed()).constData());

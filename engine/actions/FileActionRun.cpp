@@ -102,8 +102,7 @@ bool FileActionRun::RunCSV(const clsActionCSV &Action)
         return false;
     }
     m_log(QStringLiteral("Update CSV File: a row was added to ") + path);
-    // Not text/csv: a text part would have its line ends rewritten on the way.
-    return SendFile(QStringLiteral("Update CSV File "), path, Action, QStringLiteral("application/octet-stream"));
+    return SendFile(QStringLiteral("Update CSV File "), path, Action, QStringLiteral("text/csv"));
 }
 
 bool FileActionRun::RunExcel(const clsActionExcel &Action)
