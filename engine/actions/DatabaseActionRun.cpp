@@ -13,7 +13,6 @@
 
 #include <QHash>
 #include <QLocale>
-#include <QMutex>
 #include <QSqlError>
 #include <QSqlQuery>
 
@@ -200,8 +199,11 @@ QString DatabaseActionRun::RunOnce(QSqlDatabase &Db, const Script &Statements, i
     };
     // A single statement is whole by itself; more go in one transaction.
     const bool transaction = statements > 1;
-    if (transaction && !Db.transaction())
-        return DatabaseConnections::Reason(Db.lastError(), QString());
+    if (transaction) {
+        problem = DatabaseConnections::BeginWriting(Db);
+        if (!problem.isEmpty())
+            return problem;
+    }
     for (qsizetype n = 0; n < inserts.size() && problem.isEmpty(); ++n) {
         if (inserts.at(n).IsEmpty())
             continue;
@@ -294,10 +296,6 @@ bool DatabaseActionRun::RunDirect(const clsActionDB &Action, clsAccountTrigger &
     const QString of = QStringLiteral("Update A Database");
     QString connection;
     if (Action.UseInternal) {
-        // Processor threads taking messages of one trigger at once would
-        // each make its missing tables, and all but one would fail.
-        static QMutex making;
-        const QMutexLocker made(&making);
         if (!Trigger.CreateInternalTables()) {
             m_log(QStringLiteral("* ") + of + QStringLiteral(": the internal database of trigger ") + Trigger.Name
                   + QStringLiteral(" could not be made: ") + Trigger.InternalDatabaseProblem);

@@ -19,6 +19,9 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QTest>
+#include <chrono>
+#include <latch>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace ActionTests;
@@ -218,6 +221,40 @@ private slots:
         QCOMPARE(fixture.Trigger->INTDBString(u"M9"_s), QString());
         QVERIFY(fixture.Trigger->CreateTablesForTrigger(true));
         QCOMPARE(Rows(internal, u"SELECT COUNT(*) FROM Invoices"_s), QStringList{u"0"_s});
+    }
+
+    // Another processor thread writing to the internal database at the same
+    // moment: the action waits for it instead of losing the message's row.
+    void aBusyInternalDatabaseIsWaitedFor()
+    {
+        Fixture fixture(DirectAction(QString(), 0, true));
+        fixture.Trigger->TriggerID = u"Busy"_s;
+        QVERIFY(!Failed(fixture.Run({u"B-1"_s, u"1"_s}, u"M1"_s)));
+        const QString file = fixture.Trigger->InternalDatabaseFile();
+        std::latch writing(2);
+        QString other;
+        std::thread writer([&] {
+            {
+                QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"writer"_s);
+                db.setDatabaseName(file);
+                QSqlQuery query(db);
+                if (!db.open() || !query.exec(u"BEGIN IMMEDIATE"_s)
+                    || !query.exec(u"INSERT INTO Invoices (pvane_msg_uid, InvoiceNo) VALUES ('M2', 'B-2')"_s))
+                    other = query.lastError().text();
+                writing.arrive_and_wait();
+                std::this_thread::sleep_for(std::chrono::milliseconds(500));
+                if (!query.exec(u"COMMIT"_s))
+                    other = query.lastError().text();
+            }
+            QSqlDatabase::removeDatabase(u"writer"_s);
+        });
+        writing.arrive_and_wait();
+        const QStringList lines = fixture.Run({u"B-3"_s, u"3"_s}, u"M3"_s);
+        writer.join();
+        QVERIFY2(other.isEmpty(), qPrintable(other));
+        QCOMPARE(lines, QStringList{u"Update A Database: 1 row(s) inserted, 0 updated"_s});
+        QCOMPARE(Rows(u"Driver=SQLite3;Database="_s + file, u"SELECT InvoiceNo FROM Invoices ORDER BY InvoiceNo"_s),
+                 (QStringList{u"B-1"_s, u"B-2"_s, u"B-3"_s}));
     }
 
     void customStatementsTakeFieldsAndTokensAsParameters()
