@@ -295,21 +295,23 @@ private slots:
     }
 
     // An attached file comes back byte for byte whatever its line ends, in
-    // the stored form and in the text form the Outbox keeps.
+    // the stored form and in the text form the Outbox keeps; a process log
+    // stays readable in the text.
     void attachedFilesKeepTheirBytes()
     {
         const QByteArray rows("InvoiceNo,Amount\nA-1,5\r\nA-2,6\rlast row without an end");
-        const QByteArray log("one\ntwo\n");
+        const QString log = QStringLiteral("2024-03-15:16:02:44 Trigger matched\r\n");
         MimeMail mail;
         mail.Compose(QStringLiteral("server@example.org"), QStringLiteral("accounts@example.com"),
                      QStringLiteral("rows.csv"), QDateTime::currentDateTime(), QStringLiteral("The file is attached."));
         mail.AddAttachment(QStringLiteral("rows.csv"), rows, QStringLiteral("text/csv"));
-        mail.AddTextAttachment(QStringLiteral("ProcessLog.log"), QString::fromLatin1(log));
+        mail.AddTextAttachment(QStringLiteral("ProcessLog.log"), log);
+        QVERIFY(mail.GetMimeText().contains(log));
         for (const MimeMail &back : {Loaded(mail.GetMime()), Loaded(mail.GetMimeText())}) {
             QCOMPARE(back.Attachments().size(), 2);
             QCOMPARE(back.Attachments().at(0).Data, rows);
             QCOMPARE(back.Attachments().at(0).ContentType, QStringLiteral("text/csv"));
-            QCOMPARE(back.Attachments().at(1).Data, log);
+            QCOMPARE(back.Attachments().at(1).Data, log.toUtf8());
         }
     }
 
