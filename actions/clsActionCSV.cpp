@@ -1,24 +1,10 @@
 #include "clsActionCSV.h"
-#include "ActionFragment.h"
-#include "foundation/Formatting.h"
-#include "foundation/Startup.h"
-#include "model/Condition.h"
-
-#include <exception>
+#include "FileActionRecord.h"
 
 namespace {
 
-// The tags of the fragment, in their written order; reading follows the same
-// order because the reader only moves forward.
-const MarkupTag IDTag = QStringLiteral("ID");
-const MarkupTag EnabledTag = QStringLiteral("Enabled");
-const MarkupTag FileNameTag = QStringLiteral("FileName");
 const MarkupTag FileFormatTag = QStringLiteral("FileFormat");
 const MarkupTag LineTerminatorTag = QStringLiteral("LineTerminator");
-const MarkupTag SendTag = QStringLiteral("Send");
-const MarkupTag SendClearTag = QStringLiteral("SendClear");
-const MarkupTag SendFreqTag = QStringLiteral("SendFreq");
-const MarkupTag SendToTag = QStringLiteral("SendTo");
 
 } // namespace
 
@@ -26,30 +12,15 @@ clsActionCSV::clsActionCSV(const QString &ActionID) : ID(ActionID) {}
 
 QString clsActionCSV::ActionDescription() const
 {
-    QString text = ActionDescriptionHead(ClassDesc(), Condition) + MarkupRun(FileName, MarkupColors.ColorPrimary);
-    if (Send)
-        text += MarkupRun(QStringLiteral(" Send To"), MarkupColors.ColorSecondary) + MarkupRun(SendTo, MarkupColors.ColorSecondary);
-    return text + QStringLiteral("</TextBlock>");
+    return FileActionRecord::Description(*this);
 }
 
 QString clsActionCSV::XML() const
 {
-    try {
-        clsXML writer;
-        AppendActionHead(writer, ClassName(), ID, Enabled);
-        writer.Append(FileName, FileNameTag.Name());
-        writer.Append(FileFormat, FileFormatTag.Name());
-        writer.Append(LineTerminator, LineTerminatorTag.Name());
-        writer.Append(Send, SendTag.Name());
-        writer.Append(SendClear, SendClearTag.Name());
-        writer.Append(SendFreq, SendFreqTag.Name());
-        writer.Append(SendTo, SendToTag.Name());
-        AppendActionCondition(writer, Condition);
-        return writer.GetXML();
-    } catch (const std::exception &error) {
-        LogError(QStringLiteral("clsActionCSV.XML.Get"), error);
-        return QString();
-    }
+    return FileActionRecord::XML(*this, [this](clsXML &Writer) {
+        Writer.Append(FileFormat, FileFormatTag.Name());
+        Writer.Append(LineTerminator, LineTerminatorTag.Name());
+    });
 }
 
 void clsActionCSV::setXML(const QString &Fragment)
@@ -60,19 +31,8 @@ void clsActionCSV::setXML(const QString &Fragment)
 
 void clsActionCSV::ReadXML(clsXML &Reader)
 {
-    try {
-        BeginActionRead(Reader);
-        Reader.Extract(ID, IDTag);
-        Reader.Extract(Enabled, EnabledTag);
-        Reader.Extract(FileName, FileNameTag);
-        Reader.Extract(FileFormat, FileFormatTag);
-        Reader.Extract(LineTerminator, LineTerminatorTag);
-        Reader.Extract(Send, SendTag);
-        Reader.Extract(SendClear, SendClearTag);
-        Reader.Extract(SendFreq, SendFreqTag);
-        Reader.Extract(SendTo, SendToTag);
-        ExtractActionCondition(Reader, Condition);
-    } catch (const std::exception &error) {
-        LogError(QStringLiteral("clsActionCSV.XML.Let"), error);
-    }
+    FileActionRecord::Read(Reader, *this, [this](clsXML &Own) {
+        Own.Extract(FileFormat, FileFormatTag);
+        Own.Extract(LineTerminator, LineTerminatorTag);
+    });
 }

@@ -21,7 +21,7 @@ public:
     QString LineTerminator = QStringLiteral("CRLF"); // "CRLF", "LF", "CR", "TAB", "ESC" or a typed text
     bool Send = false;
     QString SendTo;
-    qint16 SendFreq = 0; // 0 every record
+    qint16 SendFreq = 0; // a position of FileActionRecord::SendFrequencyLabels
     bool SendClear = false;
 
     QString ClassName() const { return QStringLiteral("CSV"); }

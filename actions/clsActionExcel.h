@@ -19,7 +19,7 @@ public:
     QString FileName;
     bool Send = false;
     QString SendTo;
-    qint16 SendFreq = 0; // 0 every record
+    qint16 SendFreq = 0; // a position of FileActionRecord::SendFrequencyLabels
     bool SendClear = false;
 
     QString ClassName() const { return QStringLiteral("Excel"); }

@@ -1,6 +1,7 @@
 #include "Editors.h"
 #include "actions/panels/MessageActionEditors.h"
 #include "frmAccount.h"
+#include "actions/panels/DataActionEditors.h"
 #include "frmAccountSendTo.h"
 #include "frmFolder.h"
 #include "frmRunWith.h"
@@ -79,6 +80,7 @@ void RegisterEditors()
 {
     RegisterMessageActionEditors();
     frmClient::MakeAccountEditor = [](clsAccount *Account) -> QWidget * { return NewAccountEditor(Account); };
+    RegisterDataActionEditors();
     frmClient::MakeTriggerEditor = [](clsAccount *Account, clsAccountTrigger *Trigger) -> QWidget * {
         return NewTriggerEditor(*Account, Trigger);
     };

@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QMutex>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -80,6 +81,10 @@ bool clsAccountTrigger::CreateInternalDB() const
 
 bool clsAccountTrigger::CreateTablesForTrigger(bool DropFirst) const
 {
+    // Processor threads taking a trigger's first messages together, or the
+    // console asking meanwhile, would each make the missing file and tables.
+    static QMutex making;
+    const QMutexLocker made(&making);
     InternalDatabaseProblem.clear();
     const ActionItem *action = DatabaseUpdate();
     const clsActionDB *direct = action ? action->As<clsActionDB>() : nullptr;

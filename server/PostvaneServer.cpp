@@ -1,4 +1,5 @@
 #include "PostvaneServer.h"
+#include "FirstStartSample.h"
 #include "ServerCertificate.h"
 #include "ServerLog.h"
 #include "ServerServices.h"
@@ -62,6 +63,7 @@ bool PostvaneServer::Start(const ServerOptions &Options)
 {
     const QStringList roles = Options.Roles.isEmpty() ? ServerRoles::AllRoles() : Options.Roles;
     m_webRole = roles.contains(QStringLiteral("web"));
+    m_sample = Options.Sample;
     if (!OpenDataFolder(Options.DataFolder))
         return false;
     m_log = std::make_unique<ServerLog>();
@@ -226,6 +228,20 @@ bool PostvaneServer::CreateFirstRunRecords()
         return false;
     m_log->Add(QStringLiteral("First start: made the organization \"") + organization.Name
                + QStringLiteral("\" and the user \"Admin\" with no password."));
+    return !m_sample || CreateSample(organization.ID);
+}
+
+bool PostvaneServer::CreateSample(const QString &OrganizationID)
+{
+    FirstStartSample sample;
+    if (!sample.Create(m_store, OrganizationID)) {
+        m_store.LastError = sample.LastError;
+        return false;
+    }
+    m_log->Add(QStringLiteral("First start: the sample account reads the messages put in ")
+               + QDir::toNativeSeparators(FirstStartSample::PickupFolder())
+               + QStringLiteral(" and writes their fields to ")
+               + QDir::toNativeSeparators(FirstStartSample::DatabaseFile()));
     return true;
 }
 

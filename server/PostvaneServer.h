@@ -23,6 +23,7 @@ struct ServerOptions
     QString BindTo;     // empty: WebAccessBindTo, or every address
     bool CreateOnly = false; // make the data folder and its databases, then end
     QStringList Roles;       // what the process plays (ServerRoles); empty: every role
+    bool Sample = false;     // a fresh data folder gets the sample account (FirstStartSample)
 };
 
 // The server process: its data folder, configuration, log, push channel and
@@ -31,8 +32,9 @@ struct ServerOptions
 // The first start in an empty data folder makes SETTINGS.XML, the
 // configuration database with the organization "Default" and the user
 // "Admin" (a system administrator with the empty password), and the
-// self-signed certificate. While a system administrator has the empty
-// password, the server listens on loopback only.
+// self-signed certificate, and with the Sample option the sample account
+// (FirstStartSample). While a system administrator has the empty password,
+// the server listens on loopback only.
 //
 // Beside the web service it runs the engine's roles (ServerRoles); without
 // the web role it serves nothing and leaves the data folder's lock to the
@@ -55,6 +57,7 @@ private:
     bool OpenConfiguration();
     bool OpenMessageStore();
     bool CreateFirstRunRecords();
+    bool CreateSample(const QString &OrganizationID);
     bool CloseCreatedStore();
     bool StartWebService(const ServerOptions &Options);
     void StartRoles();
@@ -75,6 +78,7 @@ private:
     std::unique_ptr<WebService> m_web;
     std::unique_ptr<ServerRoles> m_roles;
     bool m_webRole = true;
+    bool m_sample = false;
     QSslConfiguration m_tls;
     QHostAddress m_configured;
     QHostAddress m_address;

@@ -417,26 +417,35 @@ void MimeMail::AddAttachment(const QString &Name, const QByteArray &Data, const 
 {
     const QString type = ContentType.trimmed().isEmpty() ? QStringLiteral("application/octet-stream") : ContentType;
     Owned<GMimePart> part(NewPart(Data, type));
-    g_mime_object_set_disposition(GMIME_OBJECT(part.get()), GMIME_DISPOSITION_ATTACHMENT);
+    // A 7bit or quoted-printable part would have its line ends made CRLF
+    // when the message is written.
+    g_mime_part_set_content_encoding(part.get(), GMIME_CONTENT_ENCODING_BASE64);
+    Attach(part.get(), Name);
+}
+
+void MimeMail::AddTextAttachment(const QString &Name, const QString &Text)
+{
+    Owned<GMimePart> part(NewTextPart(Text, "plain"));
+    Attach(part.get(), Name);
+}
+
+void MimeMail::Attach(GMimePart *Part, const QString &Name)
+{
+    g_mime_object_set_disposition(GMIME_OBJECT(Part), GMIME_DISPOSITION_ATTACHMENT);
     if (!Name.trimmed().isEmpty())
-        g_mime_part_set_filename(part.get(), HeaderText(Name.trimmed()).constData());
+        g_mime_part_set_filename(Part, HeaderText(Name.trimmed()).constData());
 
     GMimeObject *top = g_mime_message_get_mime_part(m_message);
     if (top && GMIME_IS_MULTIPART(top)
         && g_mime_content_type_is_type(g_mime_object_get_content_type(top), "multipart", "mixed")) {
-        g_mime_multipart_add(GMIME_MULTIPART(top), GMIME_OBJECT(part.get()));
+        g_mime_multipart_add(GMIME_MULTIPART(top), GMIME_OBJECT(Part));
         return;
     }
     Owned<GMimeMultipart> mixed(g_mime_multipart_new_with_subtype("mixed"));
     if (top)
         g_mime_multipart_add(mixed.get(), top);
-    g_mime_multipart_add(mixed.get(), GMIME_OBJECT(part.get()));
+    g_mime_multipart_add(mixed.get(), GMIME_OBJECT(Part));
     g_mime_message_set_mime_part(m_message, GMIME_OBJECT(mixed.get()));
-}
-
-void MimeMail::AddTextAttachment(const QString &Name, const QString &Text)
-{
-    AddAttachment(Name, Text.toUtf8(), QStringLiteral("text/plain; charset=utf-8"));
 }
 
 void MimeMail::Compose(const QString &From, const QString &To, const QString &Subject, const QDateTime &Date,

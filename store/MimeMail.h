@@ -6,6 +6,7 @@
 
 // The GMime type stays opaque here: glib's headers clash with Qt's keywords.
 typedef struct _GMimeMessage GMimeMessage;
+typedef struct _GMimePart GMimePart;
 
 // One header of a message: the name as written, the value unfolded and with
 // its encoded words decoded.
@@ -85,10 +86,12 @@ public:
 
     // Every part that is not one of the two bodies nor a multipart, in order.
     QList<MimeAttachment> Attachments() const;
-    // Adds an attachment; a message that is not multipart/mixed yet is put
-    // in one first, as its first part.
+    // Adds an attached file, base64-encoded so that it arrives byte for byte;
+    // a message that is not multipart/mixed yet is put in one first, as its
+    // first part.
     void AddAttachment(const QString &Name, const QByteArray &Data, const QString &ContentType);
-    // A text/plain attachment in UTF-8, such as a "ProcessLog.log".
+    // A text/plain attachment in UTF-8, such as a "ProcessLog.log", kept
+    // readable in the message's text: its lines are CRLF lines as mail's are.
     void AddTextAttachment(const QString &Name, const QString &Text);
 
     // Replaces the message by a new one for sending. From and To take
@@ -100,6 +103,7 @@ public:
 
 private:
     void Replace(GMimeMessage *message);
+    void Attach(GMimePart *Part, const QString &Name);
 
     GMimeMessage *m_message = nullptr;
 };

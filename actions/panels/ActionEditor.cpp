@@ -1,5 +1,7 @@
 #include "ActionEditor.h"
 #include "foundation/GlobalBlock.h"
+#include "model/clsAccount.h"
+#include "model/clsAccountTrigger.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -24,4 +26,14 @@ bool ActionEditor::Refuse(const QString &Text)
 {
     QMessageBox::warning(this, Global.AppTitle, Text);
     return false;
+}
+
+void ActionEditor::ListVariables(QComboBox *Box, const QString &Current) const
+{
+    Box->clear();
+    Box->setEditable(true);
+    if (ThisTrigger && ThisTrigger->Parent)
+        for (const QString &name : ThisTrigger->Parent->GlobalVarList().split(u',', Qt::SkipEmptyParts))
+            Box->addItem(QString(name).remove(u'%'));
+    Box->setEditText(Current);
 }

@@ -2,6 +2,7 @@
 #include <QWidget>
 
 class ActionItem;
+class QComboBox;
 class clsAccountTrigger;
 
 // The editor control of one kind of action, shown on the first page of the
@@ -29,4 +30,7 @@ protected:
     void WatchEdits();
     // The one warning box of a failed Save; always false.
     bool Refuse(const QString &Text);
+    // Fills an "assign to" box with the account's variables, without their
+    // percent signs, and shows Current; a new name can be typed.
+    void ListVariables(QComboBox *Box, const QString &Current) const;
 };

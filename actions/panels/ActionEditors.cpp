@@ -8,20 +8,15 @@
 
 namespace {
 
-template <class Control> ActionEditorMaker Maker()
-{
-    return [](QWidget *Parent) -> ActionEditor * { return new Control(Parent); };
-}
-
 // The flow and value kinds come with the console; the other families add
 // theirs through RegisterActionEditor.
 QHash<QString, ActionEditorMaker> &Makers()
 {
     static QHash<QString, ActionEditorMaker> makers{
-        {QStringLiteral("GoTo"), Maker<ctlActionGoTo>()},
-        {QStringLiteral("Set"), Maker<ctlActionSetVariable>()},
-        {QStringLiteral("PassTo"), Maker<ctlActionPassTo>()},
-        {QStringLiteral("Script"), Maker<ctlActionScript>()},
+        {QStringLiteral("GoTo"), ControlMaker<ctlActionGoTo>()},
+        {QStringLiteral("Set"), ControlMaker<ctlActionSetVariable>()},
+        {QStringLiteral("PassTo"), ControlMaker<ctlActionPassTo>()},
+        {QStringLiteral("Script"), ControlMaker<ctlActionScript>()},
     };
     return makers;
 }

@@ -14,3 +14,9 @@ using ActionEditorMaker = std::function<ActionEditor *(QWidget *Parent)>;
 void RegisterActionEditor(const QString &ClassName, ActionEditorMaker Maker);
 // The control of the kind, or nullptr when the kind has none.
 ActionEditor *CreateActionEditor(const QString &ClassName, QWidget *Parent);
+
+// The maker of a control whose constructor takes the parent alone.
+template <class Control> ActionEditorMaker ControlMaker()
+{
+    return [](QWidget *Parent) -> ActionEditor * { return new Control(Parent); };
+}

@@ -3,8 +3,6 @@
 #include "actions/clsActionSetVariable.h"
 #include "editors/EditorBoxes.h"
 #include "editors/frmInputEditor.h"
-#include "model/clsAccount.h"
-#include "model/clsAccountTrigger.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -72,11 +70,7 @@ void ctlActionSetVariable::Load()
     cmboOperation->clear();
     for (int number = 0; number < clsActionSetVariable::OperationCount; ++number)
         cmboOperation->addItem(clsActionSetVariable::OperationDesc(number));
-    cmboName->clear();
-    if (ThisTrigger && ThisTrigger->Parent)
-        for (const QString &name : ThisTrigger->Parent->GlobalVarList().split(u',', Qt::SkipEmptyParts))
-            cmboName->addItem(QString(name).remove(u'%'));
-    cmboName->setEditText(action->Name);
+    ListVariables(cmboName, action->Name);
     txtValue->setPlainText(action->Value);
     cmboOperation->setCurrentIndex(qBound(0, int(action->Operation), clsActionSetVariable::OperationCount - 1));
     chkAppend->setChecked(action->Append);

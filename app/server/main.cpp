@@ -1,4 +1,4 @@
-// postvane-server [--data DIR] [--port N] [--bind ADDR] [--roles LIST] [--create-store]
+// postvane-server [--data DIR] [--port N] [--bind ADDR] [--roles LIST] [--create-store] [--sample]
 #include "foundation/Startup.h"
 #include "engine/ServerRoles.h"
 #include "server/PostvaneServer.h"
@@ -32,13 +32,17 @@ int main(int argc, char **argv)
                                    QStringLiteral("The roles to play, separated by commas: web, edge, processor, "
                                                   "mailserver, outgoing (default all)."),
                                    QStringLiteral("LIST"));
-    parser.addOptions({data, port, bind, create, roles});
+    const QCommandLineOption sample(QStringLiteral("sample"),
+                                    QStringLiteral("On the first start of a fresh data folder, set up a sample account "
+                                                   "with three messages to process."));
+    parser.addOptions({data, port, bind, create, roles, sample});
     parser.process(app);
 
     ServerOptions options;
     options.DataFolder = parser.value(data);
     options.BindTo = parser.value(bind);
     options.CreateOnly = parser.isSet(create);
+    options.Sample = parser.isSet(sample);
     QString rolesError;
     if (!ServerRoles::ParseRoles(parser.value(roles), options.Roles, rolesError)) {
         std::fprintf(stderr, "postvane-server: %s\n", qPrintable(rolesError));

@@ -25,14 +25,13 @@ bool DataActions::Run(const ActionItem &Action, clsAccountTrigger &Trigger, clsM
     else if (const auto *azure = Action.As<clsActionAZ>())
         DatabaseActionRun(Message, Log).RunAzure(*azure, Trigger);
     else if (const auto *csv = Action.As<clsActionCSV>())
-        FileActionRun(Message, Log).RunCSV(*csv);
+        FileActionRun(Message, Log, Store).RunCSV(*csv);
+    else if (const auto *excel = Action.As<clsActionExcel>())
+        FileActionRun(Message, Log, Store).RunExcel(*excel);
     else if (const auto *text = Action.As<clsActionText>())
         FileActionRun(Message, Log).RunText(*text);
     else if (const auto *token = Action.As<clsActionDBToken>())
         RunUpdateToken(*token, Message, Store, Log);
-    else if (const auto *excel = Action.As<clsActionExcel>())
-        Log(QStringLiteral("* Update Excel File ") + ExpandTokens(excel->FileName)
-            + QStringLiteral(": workbooks cannot be written on this server yet; nothing was written"));
     else if (const auto *report = Action.As<clsActionReport>())
         Log(QStringLiteral("* Run A Report ") + report->Name
             + QStringLiteral(": this server has no report designer, so reports cannot run; nothing was printed or exported"));

@@ -10,9 +10,9 @@ class clsMessage;
 class clsMessageStore;
 
 // The run-time of the data action kinds, for the action runner: database
-// updates (direct, custom, Azure), CSV and text files, the store's token
-// counters. Kinds this server cannot run (Excel without the workbook
-// writer, Report without a designer) write an error line that says why.
+// updates (direct, custom, Azure), CSV, Excel and text files, the store's
+// token counters. A Report, which needs a designer this server does not
+// have, writes an error line that says so.
 class DataActions
 {
 public:

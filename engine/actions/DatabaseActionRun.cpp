@@ -7,9 +7,11 @@
 #include "foundation/Formatting.h"
 #include "model/TriggerSQL.h"
 #include "model/clsAccountTrigger.h"
+#include "model/clsTriggerField.h"
 #include "store/Tokens.h"
 #include "store/clsMessage.h"
 
+#include <QHash>
 #include <QLocale>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -43,6 +45,33 @@ QString WithMessageColumn(const QString &Inserts)
 QVariant NullOf(QMetaType Type)
 {
     return QVariant(Type);
+}
+
+// The statements of a script, split once in each thread: the same scripts
+// come with every message of a trigger.
+QList<NamedStatement> SplitOnce(const QString &Script)
+{
+    constexpr qsizetype Kept = 256;
+    thread_local QHash<QString, QList<NamedStatement>> scripts;
+    auto found = scripts.constFind(Script);
+    if (found != scripts.constEnd())
+        return *found;
+    if (scripts.size() >= Kept)
+        scripts.clear();
+    return *scripts.insert(Script, NamedStatement::Split(Script));
+}
+
+// A column or field name as its parameter is written: blanks as "_", in any case.
+bool SameParameterName(const QString &Written, const QString &Parameter)
+{
+    if (Written.size() != Parameter.size())
+        return false;
+    for (qsizetype n = 0; n < Written.size(); ++n) {
+        const QChar written = Written.at(n) == u' ' ? QChar(u'_') : Written.at(n);
+        if (written != Parameter.at(n) && written.toCaseFolded() != Parameter.at(n).toCaseFolded())
+            return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -113,9 +142,9 @@ clsMessageField *DatabaseActionRun::FieldForParameter(const QString &Name) const
 {
     clsMessageField *byName = nullptr;
     for (clsMessageField *field : m_message.ExtractedFields()) {
-        if (QString(field->InsertField).replace(u' ', u'_').compare(Name, Qt::CaseInsensitive) == 0)
+        if (SameParameterName(field->InsertField, Name))
             return field;
-        if (!byName && QString(field->Name).replace(u' ', u'_').compare(Name, Qt::CaseInsensitive) == 0)
+        if (!byName && SameParameterName(field->Name, Name))
             byName = field;
     }
     return byName;
@@ -137,17 +166,30 @@ QVariant DatabaseActionRun::ParameterValue(const QString &Name, QString *Problem
 
 QString DatabaseActionRun::RunOnce(QSqlDatabase &Db, const Script &Statements, int *Inserted, int *Updated)
 {
-    const QList<NamedStatement> inserts = NamedStatement::Split(Statements.Insert);
-    const QList<NamedStatement> updates = NamedStatement::Split(Statements.Update);
-    const QList<NamedStatement> selects = NamedStatement::Split(Statements.Select);
+    const QList<NamedStatement> inserts = SplitOnce(Statements.Insert);
+    const QList<NamedStatement> updates = SplitOnce(Statements.Update);
+    const QList<NamedStatement> selects = SplitOnce(Statements.Select);
+    // Every value is worked out and checked once, before anything is sent.
+    QHash<QString, QVariant> values;
+    QString problem;
+    int statements = 0;
+    for (const QList<NamedStatement> *list : {&inserts, &updates, &selects})
+        for (const NamedStatement &statement : *list) {
+            statements += statement.IsEmpty() ? 0 : 1;
+            for (const QString &name : statement.Names) {
+                if (values.contains(name))
+                    continue;
+                values.insert(name, ParameterValue(name, &problem));
+                if (!problem.isEmpty())
+                    return problem;
+            }
+        }
     const auto run = [&](const NamedStatement &Statement, QString *Problem) -> QSqlQuery * {
         QSqlQuery *query = DatabaseConnections::Prepared(Db, Statement.Text, Problem);
         if (!query)
             return nullptr;
         for (int n = 0; n < Statement.Names.size(); ++n)
-            query->bindValue(n, ParameterValue(Statement.Names.at(n), Problem));
-        if (!Problem->isEmpty())
-            return nullptr;
+            query->bindValue(n, values.value(Statement.Names.at(n)));
         if (!query->exec()) {
             *Problem = DatabaseConnections::Reason(query->lastError(), QString());
             query->finish();
@@ -155,20 +197,13 @@ QString DatabaseActionRun::RunOnce(QSqlDatabase &Db, const Script &Statements, i
         }
         return query;
     };
-    // Every value is checked before anything is sent.
-    QString problem;
-    int statements = 0;
-    for (const QList<NamedStatement> *list : {&inserts, &updates, &selects})
-        for (const NamedStatement &statement : *list) {
-            statements += statement.IsEmpty() ? 0 : 1;
-            for (const QString &name : statement.Names)
-                if (ParameterValue(name, &problem); !problem.isEmpty())
-                    return problem;
-        }
     // A single statement is whole by itself; more go in one transaction.
     const bool transaction = statements > 1;
-    if (transaction && !Db.transaction())
-        return DatabaseConnections::Reason(Db.lastError(), QString());
+    if (transaction) {
+        problem = DatabaseConnections::BeginWriting(Db);
+        if (!problem.isEmpty())
+            return problem;
+    }
     for (qsizetype n = 0; n < inserts.size() && problem.isEmpty(); ++n) {
         if (inserts.at(n).IsEmpty())
             continue;
@@ -222,45 +257,63 @@ bool DatabaseActionRun::Run(const QString &Of, const QString &Connection, int Ti
         m_log(Of + QStringLiteral(": the connection was lost; it is opened again"));
     }
     m_message.SQLSuccess = problem.isEmpty();
-    m_message.SQLError = DatabaseConnections::Reason(problem, Connection);
+    m_message.SQLError.clear();
     if (!problem.isEmpty()) {
-        m_log(QStringLiteral("* ") + Of + QStringLiteral(" failed, nothing was written: ")
-              + DatabaseConnections::Reason(problem, Connection));
+        m_message.SQLError = DatabaseConnections::Reason(problem, Connection);
+        m_log(QStringLiteral("* ") + Of + QStringLiteral(" failed, nothing was written: ") + m_message.SQLError);
         return false;
     }
-    m_message.SQLError.clear();
     m_log(Of + QStringLiteral(": %1 row(s) inserted, %2 updated").arg(inserted).arg(updated));
     return true;
+}
+
+DatabaseActionRun::Script DatabaseActionRun::GeneratedScript(const clsAccountTrigger &Trigger, int Dialect, bool Internal)
+{
+    constexpr qsizetype Kept = 256;
+    QString signature = QString::number(Dialect) + (Internal ? u'I' : u'E');
+    for (const clsTriggerField *field : Trigger.FieldsToProcess())
+        signature += u'\n' + field->InsertInto + u'\t' + field->InsertFieldName + (field->Enabled ? u'E' : u'-')
+                     + (field->KeyExists ? u'K' : u'-');
+    thread_local QHash<QString, Script> made;
+    const auto found = made.constFind(signature);
+    if (found != made.constEnd())
+        return *found;
+    Script statements;
+    statements.Insert = Trigger.SQLInsertStatement(Dialect, true);
+    if (Internal)
+        statements.Insert = WithMessageColumn(statements.Insert);
+    statements.Update = Trigger.SQLUpdateStatement(Dialect);
+    statements.Select = Trigger.SQLSelectStatement(Dialect);
+    statements.Generated = true;
+    statements.Dialect = Dialect;
+    if (made.size() >= Kept)
+        made.clear();
+    return *made.insert(signature, statements);
 }
 
 bool DatabaseActionRun::RunDirect(const clsActionDB &Action, clsAccountTrigger &Trigger)
 {
     const QString of = QStringLiteral("Update A Database");
-    int dialect = Action.Dialect;
-    Script statements;
-    QString connection = ExpandTokens(Action.ConnectionString);
+    QString connection;
     if (Action.UseInternal) {
         if (!Trigger.CreateInternalTables()) {
             m_log(QStringLiteral("* ") + of + QStringLiteral(": the internal database of trigger ") + Trigger.Name
                   + QStringLiteral(" could not be made: ") + Trigger.InternalDatabaseProblem);
             return false;
         }
-        dialect = DialectSQLite;
         connection = InternalConnection(Trigger);
-        statements.Insert = WithMessageColumn(Trigger.SQLInsertStatement(dialect, true));
     } else {
-        statements.Insert = Trigger.SQLInsertStatement(dialect, true);
+        connection = ExpandTokens(Action.ConnectionString);
     }
-    statements.Update = Trigger.SQLUpdateStatement(dialect);
-    statements.Select = Trigger.SQLSelectStatement(dialect);
+    const Script statements
+        = GeneratedScript(Trigger, Action.UseInternal ? int(DialectSQLite) : int(Action.Dialect), Action.UseInternal);
     if (statements.Insert.trimmed().isEmpty()) {
         m_log(QStringLiteral("* ") + of + QStringLiteral(": no field of trigger ") + Trigger.Name
               + QStringLiteral(" names a table"));
         return false;
     }
-    statements.Generated = true;
     m_message.SQLBuiltIN = true;
-    m_message.SQLDialect = qint16(dialect);
+    m_message.SQLDialect = qint16(statements.Dialect);
     return Run(of, connection, 0, statements);
 }
 
@@ -275,10 +328,8 @@ bool DatabaseActionRun::RunCustom(const clsActionDBCustom &Action)
 
 bool DatabaseActionRun::RunAzure(const clsActionAZ &Action, clsAccountTrigger &Trigger)
 {
-    int dialect = DialectSQLServer;
-    Script statements{Action.SQLStatement, Action.SQLUpdateStatement, Action.SQLSelectStatement};
-    if (!Action.SQLModified)
-        statements = {Trigger.SQLInsertStatement(dialect, true), Trigger.SQLUpdateStatement(dialect),
-                      Trigger.SQLSelectStatement(dialect), true};
+    const Script statements = Action.SQLModified
+                                  ? Script{Action.SQLStatement, Action.SQLUpdateStatement, Action.SQLSelectStatement}
+                                  : GeneratedScript(Trigger, DialectSQLServer, false);
     return Run(QStringLiteral("Update An Azure Database"), Action.ConnectionString(), 0, statements);
 }

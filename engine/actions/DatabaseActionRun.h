@@ -52,7 +52,13 @@ private:
         // The trigger's statements: a table of key fields alone has no
         // update, and a row found is left as it is.
         bool Generated = false;
+        int Dialect = 0; // of generated statements
     };
+    // The trigger's statements for the dialect (the internal database's with
+    // the message's identity). They follow from the tables, columns, keys and
+    // switches of its fields alone, so they are made once in each thread for
+    // each set of these.
+    static Script GeneratedScript(const clsAccountTrigger &Trigger, int Dialect, bool Internal);
     bool Run(const QString &Of, const QString &Connection, int Timeout, const Script &Statements);
     // Empty when all went in; otherwise the reason, all rolled back.
     QString RunOnce(QSqlDatabase &Db, const Script &Statements, int *Inserted, int *Updated);

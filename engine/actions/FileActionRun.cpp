@@ -1,16 +1,29 @@
 #include "FileActionRun.h"
+#include "DatabaseActionRun.h"
+#include "ExcelWorkbook.h"
+#include "actions/FileActionRecord.h"
 #include "actions/clsActionCSV.h"
+#include "actions/clsActionExcel.h"
 #include "actions/clsActionText.h"
+#include "foundation/GlobalBlock.h"
 #include "model/clsAccount.h"
+#include "model/clsAccountTrigger.h"
+#include "store/MimeMail.h"
 #include "store/Tokens.h"
 #include "store/clsMessage.h"
+#include "store/clsMessageStore.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSettings>
 #include <QStringEncoder>
 
-FileActionRun::FileActionRun(clsMessage &Message, LogFunction Log) : m_message(Message), m_log(std::move(Log)) {}
+FileActionRun::FileActionRun(clsMessage &Message, LogFunction Log, clsMessageStore *Store)
+    : m_message(Message), m_log(std::move(Log)), m_store(Store)
+{
+}
 
 QString FileActionRun::Terminator(const QString &Name)
 {
@@ -89,10 +102,107 @@ bool FileActionRun::RunCSV(const clsActionCSV &Action)
         return false;
     }
     m_log(QStringLiteral("Update CSV File: a row was added to ") + path);
-    if (Action.Send)
-        m_log(QStringLiteral("* Update CSV File: sending the file to ") + Action.SendTo
-              + QStringLiteral(" needs the outbox, which this server does not run yet"));
-    return !Action.Send;
+    return SendFile(QStringLiteral("Update CSV File "), path, Action, QStringLiteral("text/csv"));
+}
+
+bool FileActionRun::RunExcel(const clsActionExcel &Action)
+{
+    const QString path = ExpandTokens(Action.FileName).trimmed();
+    const QString of = QStringLiteral("Update Excel File ");
+    if (path.isEmpty()) {
+        m_log(QStringLiteral("* Update Excel File: the action names no file"));
+        return false;
+    }
+    ExcelWorkbook book;
+    if (QFileInfo(path).size() > 0 && !book.Read(path)) {
+        m_log(QStringLiteral("* ") + of + path + QStringLiteral(": ") + book.LastError + QStringLiteral("; nothing was written"));
+        return false;
+    }
+    ExcelWorkbook::Row names;
+    ExcelWorkbook::Row values;
+    for (const clsMessageField *field : m_message.ExtractedFields()) {
+        names << field->Name;
+        QString problem;
+        const QVariant typed = DatabaseActionRun::TypedValue(*field, &problem);
+        const bool number = problem.isEmpty() && !typed.isNull()
+                            && (typed.typeId() == QMetaType::Double || typed.typeId() == QMetaType::LongLong);
+        values << (number ? QVariant(typed.toDouble()) : QVariant(field->Value));
+    }
+    if (book.Rows.isEmpty())
+        book.Rows << names;
+    book.Rows << values;
+    if (!book.Write(path)) {
+        m_log(QStringLiteral("* ") + of + path + QStringLiteral(": ") + book.LastError + QStringLiteral("; nothing was written"));
+        return false;
+    }
+    m_log(QStringLiteral("Update Excel File: a row was added to ") + path);
+    return SendFile(of, path, Action,
+                    QStringLiteral("application/vnd.openxmlformats-officedocument.spreadsheetml.sheet"));
+}
+
+template <class Action>
+bool FileActionRun::SendFile(const QString &Of, const QString &Path, const Action &File, const QString &Type)
+{
+    if (!File.Send)
+        return true;
+    QSettings sent(QDir(Global.DataPath).filePath(QStringLiteral("FileSends.ini")), QSettings::IniFormat);
+    const QString key = QString::fromLatin1(
+        QCryptographicHash::hash(QFileInfo(Path).absoluteFilePath().toUtf8(), QCryptographicHash::Md5).toHex());
+    const QDateTime now = QDateTime::currentDateTime();
+    const qint64 interval = FileActionRecord::SendIntervalSeconds(File.SendFreq);
+    if (interval > 0) {
+        const QDateTime last = sent.value(key).toDateTime();
+        if (!last.isValid())
+            sent.setValue(key, now);
+        if (!last.isValid() || last.secsTo(now) < interval)
+            return true;
+    }
+    const QString to = ExpandTokens(File.SendTo).trimmed();
+    QString problem;
+    if (!Mail(Path, to, Type, &problem)) {
+        m_log(QStringLiteral("* ") + Of + Path + QStringLiteral(": it could not be sent to ") + to + QStringLiteral(": ")
+              + problem);
+        return false;
+    }
+    sent.setValue(key, now);
+    const bool cleared = File.SendClear && QFile::remove(Path);
+    m_log(Of + Path + QStringLiteral(": sent to ") + to + (cleared ? QStringLiteral(" and cleared") : QString()));
+    return true;
+}
+
+bool FileActionRun::Mail(const QString &Path, const QString &To, const QString &Type, QString *Problem)
+{
+    const auto &settings = Global.Settings;
+    const QString from = settings.DefaultFromAddress.contains(u'@') ? settings.DefaultFromAddress : settings.AdminEmail;
+    if (!m_store)
+        *Problem = QStringLiteral("there is no message store to send through");
+    else if (!To.contains(u'@'))
+        *Problem = QStringLiteral("the address to send to is missing");
+    else if (!from.contains(u'@'))
+        *Problem = QStringLiteral("the server has no address to send from (DefaultFromAddress or AdminEmail)");
+    QFile file(Path);
+    if (Problem->isEmpty() && !file.open(QIODevice::ReadOnly))
+        *Problem = file.errorString();
+    if (!Problem->isEmpty())
+        return false;
+    const QString name = QFileInfo(Path).fileName();
+    MimeMail mail;
+    mail.Compose(from, To, name, QDateTime::currentDateTime(),
+                 QStringLiteral("The file ") + name + QStringLiteral(" is attached."));
+    mail.AddAttachment(name, file.readAll(), Type);
+    OutboxMessage outgoing;
+    outgoing.AccountID = m_message.Account ? m_message.Account->AccountID : QString();
+    outgoing.TriggerID = m_message.Trigger() ? m_message.Trigger()->TriggerID : QString();
+    outgoing.MailFrom = from;
+    outgoing.MailTo = To;
+    outgoing.Subject = name;
+    outgoing.ReferenceID = mail.Header(QStringLiteral("Message-Id")).remove(u'<').remove(u'>');
+    outgoing.Attachments = true;
+    outgoing.Mime = mail.GetMimeText();
+    if (m_store->AddToOutBox(outgoing) > 0)
+        return true;
+    *Problem = QStringLiteral("the Outbox did not take it: ") + m_store->LastError;
+    return false;
 }
 
 void FileActionRun::Assign(const QString &Name, const QString &Value)

@@ -5,20 +5,30 @@
 #include <functional>
 
 class clsActionCSV;
+class clsActionExcel;
 class clsActionText;
 class clsMessage;
+class clsMessageStore;
 
 // Runs the file actions on the current message: a row of the extracted
-// fields appended to a CSV file, and a text file written, appended, backed
-// up or read into a variable. File names and texts may hold tokens.
+// fields appended to a CSV file or an .xlsx workbook, and a text file
+// written, appended, backed up or read into a variable. File names and texts
+// may hold tokens.
+//
+// A CSV or Excel action with Send on mails its file through the store's
+// Outbox when its frequency is due (SendFreq), and then removes it when
+// SendClear is on, so that the next row starts a new file with its header.
+// The time of the last mailing of each file is kept in FileSends.ini of the
+// data folder; the first row after the action is set up starts the period.
 class FileActionRun
 {
 public:
     using LogFunction = std::function<void(const QString &Text)>;
 
-    FileActionRun(clsMessage &Message, LogFunction Log);
+    FileActionRun(clsMessage &Message, LogFunction Log, clsMessageStore *Store = nullptr);
 
     bool RunCSV(const clsActionCSV &Action);
+    bool RunExcel(const clsActionExcel &Action);
     bool RunText(const clsActionText &Action);
 
     // "CRLF", "LF", "CR", "TAB", "ESC" as their characters; any other text as it stands.
@@ -29,9 +39,12 @@ public:
     static QString CSVValue(const QString &Value);
 
 private:
+    template <class Action> bool SendFile(const QString &Of, const QString &Path, const Action &File, const QString &Type);
+    bool Mail(const QString &Path, const QString &To, const QString &Type, QString *Problem);
     bool Write(const QString &Path, const QString &Text, int Format, bool Append, QString *Problem);
     void Assign(const QString &Name, const QString &Value);
 
     clsMessage &m_message;
     LogFunction m_log;
+    clsMessageStore *m_store;
 };

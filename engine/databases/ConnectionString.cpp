@@ -128,7 +128,8 @@ void ConnectionString::ReadServerAndPort(const QString &Server)
 
 void ConnectionString::ReadProvider(const QList<QPair<QString, QString>> &Pairs)
 {
-    // ADO's SQL Server providers go through FreeTDS.
+    // ADO's SQL Server providers, and the Windows drivers of SQL Server,
+    // go through FreeTDS.
     Kind = ODBC;
     Driver = QStringLiteral("FreeTDS");
     ReadServerAndPort(Value(Pairs, ServerKeys));
@@ -144,6 +145,8 @@ void ConnectionString::ReadProvider(const QList<QPair<QString, QString>> &Pairs)
         parts << QStringLiteral("Uid=") + ODBCValue(User);
     if (!Password.isEmpty())
         parts << QStringLiteral("Pwd=") + ODBCValue(Password);
+    if (IsOneOf(Value(Pairs, {QStringLiteral("Encrypt")}), {"yes", "true", "mandatory", "strict"}))
+        parts << QStringLiteral("Encryption=require");
     ODBCText = parts.join(u';');
 }
 
@@ -179,6 +182,10 @@ ConnectionString ConnectionString::Parse(const QString &Text)
             result.Problem = QStringLiteral("The provider ") + provider + QStringLiteral(" is not known on this server.");
             return result;
         }
+        result.ReadProvider(pairs);
+        return result;
+    }
+    if (IsOneOf(result.Driver, {"SQL Server"}) || result.Driver.startsWith(QStringLiteral("SQL Server Native Client"), Qt::CaseInsensitive)) {
         result.ReadProvider(pairs);
         return result;
     }

@@ -11,6 +11,9 @@
 //   Driver=MySQL (or MariaDB)           -> QMYSQL
 //   any other Driver=, DSN=             -> QODBC, the text handed on as it is
 //   Provider=SQLOLEDB (or SQLNCLI...)   -> QODBC through FreeTDS
+//   Driver={SQL Server} (or {SQL Server Native Client ...}, the Windows
+//   drivers)                            -> QODBC through FreeTDS, Encrypt=yes
+//                                          as Encryption=require
 // A text without "=" names an SQLite file, relative to the data folder.
 class ConnectionString
 {

@@ -164,6 +164,14 @@ QSqlDatabase DatabaseConnections::Open(const QString &Text, QString *Error, int 
     return db;
 }
 
+QString DatabaseConnections::BeginWriting(QSqlDatabase &Db)
+{
+    if (Db.driverName() != QLatin1String("QSQLITE"))
+        return Db.transaction() ? QString() : Reason(Db.lastError(), QString());
+    QSqlQuery begin(Db);
+    return begin.exec(QStringLiteral("BEGIN IMMEDIATE")) ? QString() : Reason(begin.lastError(), QString());
+}
+
 void DatabaseConnections::Discard(const QString &Text)
 {
     const auto found = Connections.ByText.find(Text);

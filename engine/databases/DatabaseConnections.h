@@ -27,6 +27,11 @@ public:
     // Drops the statements kept for the text's connection: after a change of
     // its tables, whose columns a kept statement would still assume.
     static void ForgetStatements(const QString &Text);
+    // Starts a transaction that will write on Db (from Open); an empty
+    // result, or the reason it could not start. SQLite takes its write lock
+    // now, waiting out the busy timeout: a transaction that has read first
+    // cannot wait for another writer later and fails with "database is locked".
+    static QString BeginWriting(QSqlDatabase &Db);
     // Closes this thread's connection for the text; the next Open opens anew.
     static void Discard(const QString &Text);
     // Closes all connections of this thread.

@@ -1,22 +1,26 @@
 #include "XlsxWorkbook.h"
 
+#include <QFile>
 #include <QXmlStreamReader>
-#include <quazip.h>
-#include <quazipfile.h>
+#include <memory>
+#include <unzip.h>
 
-bool XlsxWorkbook::Entry(QuaZip &Zip, const QString &Name, QByteArray &Data)
+// Read with minizip, the zip library libxlsxwriter uses: QuaZip's copy of
+// minizip exports the same names with other arguments, and in one process
+// the Excel action's writes landed in it.
+bool XlsxWorkbook::Entry(void *Zip, const QString &Name, QByteArray &Data)
 {
-    if (!Zip.setCurrentFile(Name))
+    if (unzLocateFile(Zip, Name.toUtf8().constData(), 1) != UNZ_OK || unzOpenCurrentFile(Zip) != UNZ_OK)
         return false;
-    QuaZipFile file(&Zip);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    Data = file.readAll();
-    file.close();
-    return true;
+    Data.clear();
+    char buffer[65536];
+    int read = 0;
+    while ((read = unzReadCurrentFile(Zip, buffer, sizeof buffer)) > 0)
+        Data.append(buffer, read);
+    return unzCloseCurrentFile(Zip) == UNZ_OK && read == 0;
 }
 
-QString XlsxWorkbook::SheetPart(QuaZip &Zip, const QString &WorkSheet, QString &Problem)
+QString XlsxWorkbook::SheetPart(void *Zip, const QString &WorkSheet, QString &Problem)
 {
     QByteArray workbook, relations;
     if (!Entry(Zip, QStringLiteral("xl/workbook.xml"), workbook)
@@ -143,8 +147,9 @@ SheetTable XlsxWorkbook::Rows(const QByteArray &Xml, const QStringList &Shared)
 SheetTable XlsxWorkbook::Read(const QString &Path, const QString &WorkSheet)
 {
     SheetTable table;
-    QuaZip zip(Path);
-    if (!zip.open(QuaZip::mdUnzip)) {
+    const std::unique_ptr<void, int (*)(unzFile)> opened(unzOpen64(QFile::encodeName(Path).constData()), unzClose);
+    void *zip = opened.get();
+    if (!zip) {
         table.Problem = QStringLiteral("is not an Excel workbook (not a zip file)");
         return table;
     }

@@ -6,7 +6,6 @@
 #include <QString>
 #include <QStringList>
 
-class QuaZip;
 
 // An Excel workbook (.xlsx, the zipped XML of Office Open XML) read for the
 // CSV and Excel pickup: the worksheet of the given name, or the first when
@@ -19,10 +18,10 @@ public:
     static SheetTable Read(const QString &Path, const QString &WorkSheet);
 
 private:
-    static bool Entry(QuaZip &Zip, const QString &Name, QByteArray &Data);
+    static bool Entry(void *Zip, const QString &Name, QByteArray &Data);
     // The sheet's part in the package ("xl/worksheets/sheet1.xml"); empty,
     // with Problem set, when there is no such sheet.
-    static QString SheetPart(QuaZip &Zip, const QString &WorkSheet, QString &Problem);
+    static QString SheetPart(void *Zip, const QString &WorkSheet, QString &Problem);
     static QStringList SharedStrings(const QByteArray &Xml);
     static SheetTable Rows(const QByteArray &Xml, const QStringList &Shared);
     // "C7" -> 2 (from 0); -1 when the reference has no column letters.

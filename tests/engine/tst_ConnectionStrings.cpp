@@ -1,5 +1,6 @@
 #include "DatabasePeers.h"
 #include "TestRegistry.h"
+#include "actions/clsActionAZ.h"
 #include "engine/databases/ConnectionString.h"
 #include "engine/databases/DatabaseConnections.h"
 #include "foundation/GlobalBlock.h"
@@ -90,6 +91,15 @@ private slots:
         const ConnectionString parsed
             = ConnectionString::Parse(u"Provider=SQLOLEDB.1;Data Source=(local);Initial Catalog=a;User ID=sa;Password={p;w}"_s);
         QCOMPARE(parsed.ODBCText, u"Driver=FreeTDS;Server=127.0.0.1;Port=1433;Database=a;Uid=sa;Pwd={p;w}"_s);
+        clsActionAZ azure;
+        azure.Server = u"pv1"_s;
+        azure.Database = u"orders"_s;
+        azure.Username = u"app"_s;
+        azure.Password = u"pw9"_s;
+        const ConnectionString cloud = ConnectionString::Parse(azure.ConnectionString());
+        QCOMPARE(cloud.QtDriver(), u"QODBC"_s);
+        QCOMPARE(cloud.ODBCText, u"Driver=FreeTDS;Server=pv1.database.windows.net;Port=1433;Database=orders;"
+                                 "Uid=app@pv1;Pwd=pw9;Encryption=require"_s);
         const QString result = DatabaseConnections::Test(u"Provider=SQLOLEDB;Data Source=127.0.0.1,1;User ID=sa;Password=zz9x"_s);
         QVERIFY2(result.startsWith(u"Error: "_s), qPrintable(result));
         QVERIFY(!result.contains(u"zz9x"_s));

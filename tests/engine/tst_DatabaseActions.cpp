@@ -1,3 +1,4 @@
+#include "ActionFixture.h"
 #include "DatabasePeers.h"
 #include "TestRegistry.h"
 #include "actions/ActionItem.h"
@@ -18,68 +19,14 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QTest>
+#include <chrono>
+#include <latch>
+#include <thread>
 
 using namespace Qt::StringLiterals;
+using namespace ActionTests;
 
 namespace {
-
-struct Column
-{
-    QString Name;
-    qint16 Type;
-    bool Key = false;
-};
-
-// Invoice number (the key), amount, due date, paid, quantity and a note.
-const QList<Column> InvoiceColumns{{u"InvoiceNo"_s, 0, true}, {u"Amount"_s, 1}, {u"Due"_s, 2},
-                                   {u"Paid"_s, 8},            {u"Qty"_s, 6},     {u"Note"_s, 0}};
-
-// A trigger whose fields go to the table Invoices, and its one action.
-struct Fixture
-{
-    clsAccount Account;
-    clsAccountTrigger *Trigger = nullptr;
-
-    explicit Fixture(const QString &ActionXML)
-    {
-        Account.AccountID = u"ACC1"_s;
-        Account.Name = u"Billing"_s;
-        auto trigger = std::make_unique<clsAccountTrigger>();
-        trigger->TriggerID = u"TRG1"_s;
-        trigger->Name = u"Invoices"_s;
-        Trigger = trigger.get();
-        Account.Triggers.Add(std::move(trigger));
-        Trigger->Parent = &Account;
-        for (const Column &column : InvoiceColumns) {
-            auto field = std::make_unique<clsTriggerField>();
-            field->Name = column.Name;
-            field->InsertInto = u"Invoices"_s;
-            field->InsertFieldName = column.Name;
-            field->FieldType = column.Type;
-            field->KeyExists = column.Key;
-            Trigger->FieldsToProcess().Add(std::move(field));
-        }
-        Trigger->ActionList().AddXML(ActionXML);
-    }
-
-    // Runs the trigger's action on a message with these values; the log lines.
-    QStringList Run(const QStringList &Values, const QString &MessageID = u"MSG-1"_s)
-    {
-        ReplaceCurrentMessage(std::make_unique<clsMessage>());
-        clsMessage &message = CurrentMessage();
-        message.Account = &Account;
-        message.MessageID = MessageID;
-        message.setTrigger(Trigger);
-        for (int n = 0; n < Values.size(); ++n)
-            message.ExtractedFields().Item(n + 1)->Value = Values.at(n);
-        QStringList lines;
-        const bool ran = DataActions::Run(*Trigger->ActionList().Item(1), *Trigger, message, nullptr,
-                                          [&lines](const QString &Text) { lines << Text; });
-        if (!ran)
-            lines << u"* not a data action"_s;
-        return lines;
-    }
-};
 
 QString DirectAction(const QString &Connection, int Dialect, bool Internal = false)
 {
@@ -274,6 +221,40 @@ private slots:
         QCOMPARE(fixture.Trigger->INTDBString(u"M9"_s), QString());
         QVERIFY(fixture.Trigger->CreateTablesForTrigger(true));
         QCOMPARE(Rows(internal, u"SELECT COUNT(*) FROM Invoices"_s), QStringList{u"0"_s});
+    }
+
+    // Another processor thread writing to the internal database at the same
+    // moment: the action waits for it instead of losing the message's row.
+    void aBusyInternalDatabaseIsWaitedFor()
+    {
+        Fixture fixture(DirectAction(QString(), 0, true));
+        fixture.Trigger->TriggerID = u"Busy"_s;
+        QVERIFY(!Failed(fixture.Run({u"B-1"_s, u"1"_s}, u"M1"_s)));
+        const QString file = fixture.Trigger->InternalDatabaseFile();
+        std::latch writing(2);
+        QString other;
+        std::thread writer([&] {
+            {
+                QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"writer"_s);
+                db.setDatabaseName(file);
+                QSqlQuery query(db);
+                if (!db.open() || !query.exec(u"BEGIN IMMEDIATE"_s)
+                    || !query.exec(u"INSERT INTO Invoices (pvane_msg_uid, InvoiceNo) VALUES ('M2', 'B-2')"_s))
+                    other = query.lastError().text();
+                writing.arrive_and_wait();
+                std::this_thread::sleep_for(std::chrono::milliseconds(500));
+                if (!query.exec(u"COMMIT"_s))
+                    other = query.lastError().text();
+            }
+            QSqlDatabase::removeDatabase(u"writer"_s);
+        });
+        writing.arrive_and_wait();
+        const QStringList lines = fixture.Run({u"B-3"_s, u"3"_s}, u"M3"_s);
+        writer.join();
+        QVERIFY2(other.isEmpty(), qPrintable(other));
+        QCOMPARE(lines, QStringList{u"Update A Database: 1 row(s) inserted, 0 updated"_s});
+        QCOMPARE(Rows(u"Driver=SQLite3;Database="_s + file, u"SELECT InvoiceNo FROM Invoices ORDER BY InvoiceNo"_s),
+                 (QStringList{u"B-1"_s, u"B-2"_s, u"B-3"_s}));
     }
 
     void customStatementsTakeFieldsAndTokensAsParameters()

@@ -294,6 +294,27 @@ private slots:
         QCOMPARE(Described(wrapped.Attachments()), QStringList(logDescribed));
     }
 
+    // An attached file comes back byte for byte whatever its line ends, in
+    // the stored form and in the text form the Outbox keeps; a process log
+    // stays readable in the text.
+    void attachedFilesKeepTheirBytes()
+    {
+        const QByteArray rows("InvoiceNo,Amount\nA-1,5\r\nA-2,6\rlast row without an end");
+        const QString log = QStringLiteral("2024-03-15:16:02:44 Trigger matched\r\n");
+        MimeMail mail;
+        mail.Compose(QStringLiteral("server@example.org"), QStringLiteral("accounts@example.com"),
+                     QStringLiteral("rows.csv"), QDateTime::currentDateTime(), QStringLiteral("The file is attached."));
+        mail.AddAttachment(QStringLiteral("rows.csv"), rows, QStringLiteral("text/csv"));
+        mail.AddTextAttachment(QStringLiteral("ProcessLog.log"), log);
+        QVERIFY(mail.GetMimeText().contains(log));
+        for (const MimeMail &back : {Loaded(mail.GetMime()), Loaded(mail.GetMimeText())}) {
+            QCOMPARE(back.Attachments().size(), 2);
+            QCOMPARE(back.Attachments().at(0).Data, rows);
+            QCOMPARE(back.Attachments().at(0).ContentType, QStringLiteral("text/csv"));
+            QCOMPARE(back.Attachments().at(1).Data, log.toUtf8());
+        }
+    }
+
     void composedMessageReadsBack()
     {
         const QDateTime date(QDate(2024, 3, 5), QTime(14, 7, 9), Qt::OffsetFromUTC, -5 * 3600);
