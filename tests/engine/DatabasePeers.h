@@ -156,10 +156,12 @@ public:
     {
         m_dir = QDir::tempPath() + QStringLiteral("/pvmaria-%1").arg(QCoreApplication::applicationPid());
         QDir(m_dir).removeRecursively();
-        QDir().mkpath(m_dir);
+        // Its own temporary folder: the shared one is not the server's alone.
+        QDir().mkpath(m_dir + QStringLiteral("/tmp"));
         QString output;
         if (!Run(QStringLiteral("mariadb-install-db"),
                  {QStringLiteral("--no-defaults"), QStringLiteral("--datadir=") + m_dir + QStringLiteral("/data"),
+                  QStringLiteral("--tmpdir=") + m_dir + QStringLiteral("/tmp"),
                   QStringLiteral("--user=root"), QStringLiteral("--auth-root-authentication-method=normal"),
                   QStringLiteral("--skip-test-db")},
                  &output)) {
@@ -179,6 +181,7 @@ public:
         m_server.setProgram(QStringLiteral("mariadbd"));
         m_server.setArguments({QStringLiteral("--no-defaults"), QStringLiteral("--datadir=") + m_dir + QStringLiteral("/data"),
                                QStringLiteral("--socket=") + Socket(), QStringLiteral("--port=%1").arg(Port),
+                               QStringLiteral("--tmpdir=") + m_dir + QStringLiteral("/tmp"),
                                QStringLiteral("--bind-address=127.0.0.1"), QStringLiteral("--user=root"),
                                QStringLiteral("--skip-log-bin"), QStringLiteral("--innodb-buffer-pool-size=32M"),
                                QStringLiteral("--pid-file=") + m_dir + QStringLiteral("/pid")});
